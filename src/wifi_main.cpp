@@ -1,0 +1,338 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) The corvane-wifi authors
+
+#include "cvn/wifi.hpp"
+
+#include <QCoreApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QStringList>
+
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <exception>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace Qt::StringLiterals;
+using cvn::wifi::Client;
+using cvn::wifi::Network;
+using cvn::wifi::Security;
+using cvn::wifi::Status;
+
+constexpr int connect_timeout_ms = 15000;
+
+struct Switches {
+    bool as_json;
+    bool cached;
+    bool password_stdin;
+    bool open;
+    bool yes;
+};
+
+// Terminal input. Only what restore_echo_and_exit() needs is shared with it.
+
+constexpr std::array handled_signals = { SIGHUP, SIGINT, SIGQUIT, SIGTERM };
+termios interrupted_terminal{};
+volatile sig_atomic_t echo_disabled = 0;
+
+extern "C" void restore_echo_and_exit(int signal)
+{
+    if (echo_disabled != 0)
+        tcsetattr(STDIN_FILENO, TCSANOW, &interrupted_terminal);
+    _exit(128 + signal);
+}
+
+/// Keeps the terminal's echo off while it lives; a signal meanwhile turns it on and exits.
+/// Where any step fails the terminal and the signal dispositions stay as they were.
+class EchoGuard {
+public:
+    explicit EchoGuard(bool requested)
+    {
+        if (!requested || isatty(STDIN_FILENO) == 0 || tcgetattr(STDIN_FILENO, &saved_) != 0)
+            return;
+        struct sigaction action { };
+        action.sa_handler = restore_echo_and_exit;
+        sigemptyset(&action.sa_mask);
+        for (size_t i = 0; i < handled_signals.size(); ++i) {
+            if (sigaction(handled_signals[i], &action, &previous_[i]) == 0)
+                continue;
+            while (i-- > 0)
+                sigaction(handled_signals[i], &previous_[i], nullptr);
+            return;
+        }
+        interrupted_terminal = saved_;
+        echo_disabled = 1;
+        termios hidden = saved_;
+        hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        // TCSAFLUSH drops what was typed ahead, while it could still be seen.
+        if (tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden) == 0)
+            active_ = true;
+        else
+            restore_handlers();
+    }
+
+    ~EchoGuard()
+    {
+        if (active_)
+            tcsetattr(STDIN_FILENO, TCSAFLUSH, &saved_);
+        restore_handlers();
+    }
+
+    EchoGuard(const EchoGuard&) = delete;
+    EchoGuard& operator=(const EchoGuard&) = delete;
+
+private:
+    void restore_handlers()
+    {
+        if (!active_ && echo_disabled == 0)
+            return;
+        echo_disabled = 0; // first: from here on a signal leaves the terminal alone
+        for (size_t i = 0; i < handled_signals.size(); ++i)
+            sigaction(handled_signals[i], &previous_[i], nullptr);
+        active_ = false;
+    }
+
+    termios saved_{};
+    std::array<struct sigaction, handled_signals.size()> previous_{};
+    bool active_ = false;
+};
+
+QString input_line(const QString& prompt, bool hidden)
+{
+    // std::cerr is tied to std::cout: what was printed there is out before the prompt.
+    std::cerr << prompt.toStdString() << std::flush;
+    const EchoGuard guard(hidden);
+    std::string line;
+    std::getline(std::cin, line);
+    if (hidden && isatty(STDIN_FILENO) != 0)
+        std::cerr << '\n';
+    if (std::cin.fail() && line.empty())
+        throw std::runtime_error("Could not read input.");
+    return QString::fromStdString(line);
+}
+
+// Output.
+
+void usage()
+{
+    std::cout << "Usage: corvane-wifi status [--json]\n"
+                 "       corvane-wifi list [--json] [--cached]\n"
+                 "       corvane-wifi pick\n"
+                 "       corvane-wifi connect [--open|--password-stdin] SSID\n"
+                 "       corvane-wifi disconnect\n"
+                 "       corvane-wifi forget --yes SSID\n"
+                 "\n"
+                 "Scanning and switching saved networks do not write storage. Adding or\n"
+                 "forgetting a network deliberately updates the firmware Wi-Fi file once.\n";
+}
+
+void print_success(const std::string& sentence, bool as_json)
+{
+    std::cout << (as_json ? "{\"ok\":true}" : sentence) << '\n';
+}
+
+QJsonObject json(const Network& item)
+{
+    return {
+        { u"ssid"_s, item.ssid },
+        { u"bssid"_s, item.bssid },
+        { u"signal"_s, item.signal },
+        { u"frequency"_s, item.frequency },
+        { u"security"_s, Client::security_name(item.security) },
+        { u"supported"_s, item.security != Security::Unsupported },
+        { u"saved"_s, item.saved_id >= 0 },
+        { u"saved_id"_s, item.saved_id },
+        { u"current"_s, item.current },
+    };
+}
+
+void print_json(const QJsonDocument& document)
+{
+    std::cout << document.toJson(QJsonDocument::Compact).toStdString() << '\n';
+}
+
+void print_networks(const std::vector<Network>& items, bool as_json)
+{
+    if (as_json) {
+        QJsonArray array;
+        for (const Network& item : items)
+            array.append(json(item));
+        print_json(QJsonDocument(array));
+        return;
+    }
+    int number = 0;
+    for (const Network& item : items) {
+        std::cout << ++number << ". " << (item.current ? "* " : "  ") << item.ssid.toStdString()
+                  << "  [" << Client::security_name(item.security).toStdString() << ", ";
+        if (item.signal > -100)
+            std::cout << item.signal << " dBm";
+        else
+            std::cout << "saved";
+        std::cout << (item.saved_id >= 0 ? ", saved]\n" : "]\n");
+    }
+}
+
+// Actions, in the order of the usage text.
+
+void run_status(const Client& client, const QStringList&, const Switches& switches)
+{
+    const Status status = client.status();
+    if (switches.as_json) {
+        print_json(QJsonDocument(QJsonObject{
+            { u"state"_s, status.state },
+            { u"ssid"_s, status.ssid },
+            { u"address"_s, status.address },
+            { u"saved_id"_s, status.saved_id },
+        }));
+        return;
+    }
+    std::cout << "State: " << status.state.toStdString()
+              << "\nNetwork: " << status.ssid.toStdString()
+              << "\nAddress: " << status.address.toStdString() << '\n';
+}
+
+void run_list(const Client& client, const QStringList& operands, const Switches& switches)
+{
+    if (!operands.isEmpty())
+        throw std::runtime_error("list takes no network name.");
+    print_networks(client.networks(!switches.cached), switches.as_json);
+}
+
+void run_pick(const Client& client, const QStringList& operands, const Switches&)
+{
+    if (!operands.isEmpty())
+        throw std::runtime_error("pick takes no arguments.");
+    const std::vector<Network> items = client.networks(true);
+    print_networks(items, false);
+    bool ok = false;
+    const int choice = input_line(u"Network number: "_s, false).toInt(&ok);
+    if (!ok || choice < 1 || static_cast<size_t>(choice) > items.size())
+        throw std::runtime_error("Invalid network number.");
+
+    const Network& item = items[static_cast<size_t>(choice) - 1];
+    if (item.current) {
+        std::cout << "Already connected.\n";
+        return;
+    }
+    if (item.saved_id >= 0) {
+        client.connect_saved(item.saved_id, item.ssid, connect_timeout_ms);
+    } else if (item.security == Security::Unsupported) {
+        throw std::runtime_error("That network uses an unsupported security mode.");
+    } else {
+        const QString password = item.security == Security::Personal
+            ? input_line(u"Wi-Fi password: "_s, true)
+            : QString();
+        client.connect_new(item.ssid, item.security, password, connect_timeout_ms);
+    }
+    print_success("Connected to " + item.ssid.toStdString() + '.', false);
+}
+
+const Network& find_network(const std::vector<Network>& items, const QString& ssid)
+{
+    for (const Network& item : items)
+        if (item.ssid == ssid)
+            return item;
+    throw std::runtime_error("Network was not found. Run corvane-wifi list first.");
+}
+
+void run_connect(const Client& client, const QStringList& operands, const Switches& switches)
+{
+    if (operands.size() != 1 || (switches.open && switches.password_stdin))
+        throw std::runtime_error("connect requires one SSID and one security choice.");
+    const QString& ssid = operands.first();
+    const std::vector<Network> items = client.networks(false);
+    const Network& item = find_network(items, ssid);
+    if (item.saved_id >= 0) {
+        client.connect_saved(item.saved_id, ssid, connect_timeout_ms);
+    } else if (switches.open) {
+        client.connect_new(ssid, Security::Open, QString(), connect_timeout_ms);
+    } else if (switches.password_stdin) {
+        const QString password = input_line(QString(), false);
+        client.connect_new(ssid, Security::Personal, password, connect_timeout_ms);
+    } else {
+        throw std::runtime_error("Use --password-stdin so the password does not enter shell "
+                                 "history, or --open for an open network.");
+    }
+    print_success("Connected to " + ssid.toStdString() + '.', switches.as_json);
+}
+
+void run_disconnect(const Client& client, const QStringList& operands, const Switches& switches)
+{
+    if (!operands.isEmpty())
+        throw std::runtime_error("disconnect takes no arguments.");
+    client.disconnect();
+    print_success("Wi-Fi disconnected.", switches.as_json);
+}
+
+void run_forget(const Client& client, const QStringList& operands, const Switches& switches)
+{
+    if (!switches.yes || operands.size() != 1)
+        throw std::runtime_error("Forgetting writes the saved Wi-Fi file. Use: corvane-wifi "
+                                 "forget --yes SSID");
+    client.forget(operands.first());
+    print_success("Forgot " + operands.first().toStdString() + '.', switches.as_json);
+}
+
+void run_action(const QString& action, const Client& client, const QStringList& operands,
+                const Switches& switches)
+{
+    if (action == "status"_L1)
+        return run_status(client, operands, switches);
+    if (action == "list"_L1)
+        return run_list(client, operands, switches);
+    if (action == "pick"_L1)
+        return run_pick(client, operands, switches);
+    if (action == "connect"_L1)
+        return run_connect(client, operands, switches);
+    if (action == "disconnect"_L1)
+        return run_disconnect(client, operands, switches);
+    if (action == "forget"_L1)
+        return run_forget(client, operands, switches);
+    throw std::runtime_error("Unknown action. Run corvane-wifi --help.");
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // Some Qt builds warn about a locale that is not UTF-8. Text is UTF-8 here in any locale.
+    const QtMessageHandler print_message = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString&) {});
+    const QCoreApplication app(argc, argv);
+    qInstallMessageHandler(print_message);
+    try {
+        QStringList arguments = QCoreApplication::arguments();
+        arguments.removeFirst();
+        const auto take = [&arguments](QLatin1String flag) {
+            return arguments.removeAll(flag) > 0;
+        };
+        const Switches switches{
+            .as_json = take("--json"_L1),
+            .cached = take("--cached"_L1),
+            .password_stdin = take("--password-stdin"_L1),
+            .open = take("--open"_L1),
+            .yes = take("--yes"_L1),
+        };
+        const QStringList help = { u"help"_s, u"--help"_s, u"-h"_s };
+        if (arguments.isEmpty() || help.contains(arguments.first())) {
+            usage();
+            return 0;
+        }
+        const QString action = arguments.takeFirst();
+        const Client client{ QString() };
+        run_action(action, client, arguments, switches);
+        return 0;
+    } catch (const std::exception& error) {
+        std::cerr << "corvane-wifi: " << error.what() << '\n';
+        return 1;
+    }
+}
