@@ -57,7 +57,7 @@ std::pair<sockaddr_un, socklen_t> unix_address(const QByteArray& path)
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path, path.constData(), size_with_nul);
-    return { address, static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + size_with_nul) };
+    return {address, static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + size_with_nul)};
 }
 
 QByteArray field(const QByteArray& line, int index)
@@ -173,7 +173,7 @@ QByteArray Client::command(const QByteArray& request, int timeout_ms) const
     if (descriptor < 0)
         throw failure(u"Could not open Wi-Fi control socket: %1"_s.arg(system_error()));
 
-    static std::atomic<unsigned int> serial{ 0 };
+    static std::atomic<unsigned int> serial{0};
     const QByteArray local = "/tmp/corvane-wpa-" + QByteArray::number(getpid()) + '-'
         + QByteArray::number(serial.fetch_add(1));
     const auto cleanup = [&] {
@@ -199,7 +199,7 @@ QByteArray Client::command(const QByteArray& request, int timeout_ms) const
         != request.size())
         throw clean_failure(u"Could not send Wi-Fi command: "_s);
 
-    pollfd waiting{ descriptor, POLLIN, 0 };
+    pollfd waiting{descriptor, POLLIN, 0};
     if (poll(&waiting, 1, timeout_ms) <= 0) {
         cleanup();
         throw failure(u"Timed out waiting for wpa_supplicant."_s);

@@ -40,7 +40,7 @@ struct Switches {
 
 // Terminal input. Only what restore_echo_and_exit() needs is shared with it.
 
-constexpr std::array handled_signals = { SIGHUP, SIGINT, SIGQUIT, SIGTERM };
+constexpr std::array handled_signals = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
 termios interrupted_terminal{};
 volatile sig_atomic_t echo_disabled = 0;
 
@@ -63,11 +63,11 @@ public:
         action.sa_handler = restore_echo_and_exit;
         sigemptyset(&action.sa_mask);
         for (size_t i = 0; i < handled_signals.size(); ++i) {
-            if (sigaction(handled_signals[i], &action, &previous_[i]) == 0)
-                continue;
-            while (i-- > 0)
-                sigaction(handled_signals[i], &previous_[i], nullptr);
-            return;
+            if (sigaction(handled_signals[i], &action, &previous_[i]) != 0) {
+                while (i-- > 0)
+                    sigaction(handled_signals[i], &previous_[i], nullptr);
+                return;
+            }
         }
         interrupted_terminal = saved_;
         echo_disabled = 1;
@@ -143,15 +143,15 @@ void print_success(const std::string& sentence, bool as_json)
 QJsonObject json(const Network& item)
 {
     return {
-        { u"ssid"_s, item.ssid },
-        { u"bssid"_s, item.bssid },
-        { u"signal"_s, item.signal },
-        { u"frequency"_s, item.frequency },
-        { u"security"_s, Client::security_name(item.security) },
-        { u"supported"_s, item.security != Security::Unsupported },
-        { u"saved"_s, item.saved_id >= 0 },
-        { u"saved_id"_s, item.saved_id },
-        { u"current"_s, item.current },
+        {u"ssid"_s, item.ssid},
+        {u"bssid"_s, item.bssid},
+        {u"signal"_s, item.signal},
+        {u"frequency"_s, item.frequency},
+        {u"security"_s, Client::security_name(item.security)},
+        {u"supported"_s, item.security != Security::Unsupported},
+        {u"saved"_s, item.saved_id >= 0},
+        {u"saved_id"_s, item.saved_id},
+        {u"current"_s, item.current},
     };
 }
 
@@ -188,10 +188,10 @@ void run_status(const Client& client, const QStringList&, const Switches& switch
     const Status status = client.status();
     if (switches.as_json) {
         print_json(QJsonDocument(QJsonObject{
-            { u"state"_s, status.state },
-            { u"ssid"_s, status.ssid },
-            { u"address"_s, status.address },
-            { u"saved_id"_s, status.saved_id },
+            {u"state"_s, status.state},
+            {u"ssid"_s, status.ssid},
+            {u"address"_s, status.address},
+            {u"saved_id"_s, status.saved_id},
         }));
         return;
     }
@@ -322,13 +322,13 @@ int main(int argc, char** argv)
             .open = take("--open"_L1),
             .yes = take("--yes"_L1),
         };
-        const QStringList help = { u"help"_s, u"--help"_s, u"-h"_s };
+        const QStringList help = {u"help"_s, u"--help"_s, u"-h"_s};
         if (arguments.isEmpty() || help.contains(arguments.first())) {
             usage();
             return 0;
         }
         const QString action = arguments.takeFirst();
-        const Client client{ QString() };
+        const Client client{QString()};
         run_action(action, client, arguments, switches);
         return 0;
     } catch (const std::exception& error) {
