@@ -1,0 +1,366 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) The corvane-wifi authors
+
+/// What the program relies on in wpa_supplicant, asked of the real one and of the simulator alike.
+
+#include "support/daemon.hpp"
+
+#include <gmock/gmock.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+using testing::AnyOf;
+using testing::MatchesRegex;
+
+namespace {
+
+struct Exchange {
+    std::string request;
+    testing::Matcher<std::string> reply;
+};
+
+void expect(const Daemon& daemon, const std::vector<Exchange>& exchanges)
+{
+    for (const auto& [request, expected] : exchanges) {
+        const std::string reply = daemon.ask(request);
+        std::ostringstream wanted;
+        expected.DescribeTo(&wanted);
+        EXPECT_TRUE(expected.Matches(reply)) << request << " got " << testing::PrintToString(reply)
+                                             << ", which should be such that it " << wanted.str();
+    }
+}
+
+/// The reply to LIST_NETWORKS: a line per profile, with '|' for a tab.
+std::string listing(const std::vector<std::string>& lines)
+{
+    std::string text = "network id / ssid / bssid / flags\n";
+    for (std::string line : lines) {
+        for (char& c : line)
+            c = c == '|' ? '\t' : c;
+        text += line + '\n';
+    }
+    return text;
+}
+
+const std::string mac = "([0-9a-f][0-9a-f]:){5}[0-9a-f][0-9a-f]";
+/// Only a radio has peer-to-peer; with the others the line is missing.
+const std::string status_end = "(p2p_device_address=" + mac + "\n)?address=" + mac
+    + "\nuuid=[0-9a-f-]{36}\n";
+
+const std::string cafe = profile("\"Cafe\"", "key_mgmt=NONE", true);
+const std::string home = profile("\"Home2\"", "psk=\"home2-password\"", true);
+const std::string nord = profile("436166c3a9206475204e6f7264", "key_mgmt=NONE", true);
+const std::string no_profiles = listing({});
+
+class Contract : public testing::TestWithParam<Kind> {
+protected:
+    void SetUp() override
+    {
+        if (GetParam() == Kind::Real)
+            skip_without_real();
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, Contract, testing::Values(Kind::Simulator, Kind::Real),
+                         [](const auto& which) {
+                             return which.param == Kind::Real ? "TheRealOne" : "TheSimulator";
+                         });
+
+TEST_P(Contract, AnIdleOneAnswersWithoutNetworks)
+{
+    const Daemon daemon(GetParam(), {});
+    expect(daemon,
+           {
+               {"PING", "PONG\n"},
+               {"STATUS", MatchesRegex("wpa_state=DISCONNECTED\n" + status_end)},
+               {"LIST_NETWORKS", no_profiles},
+               {"SCAN_RESULTS", "bssid / frequency / signal level / flags / ssid\n"},
+               {"DISCONNECT", "OK\n"},
+               {"STATUS", MatchesRegex("wpa_state=DISCONNECTED\n" + status_end)},
+           });
+}
+
+TEST_P(Contract, WhatIsNoCommandIsSaidToBeUnknown)
+{
+    const Daemon daemon(GetParam(), {});
+    for (const char* request : {"NOSUCH", "ping", "PING ", "ADD_NETWORK x", "SET_NETWORK",
+                                "REMOVE_NETWORK", "SELECT_NETWORK", "ENABLE_NETWORK"})
+        EXPECT_EQ(daemon.ask(request), "UNKNOWN COMMAND\n") << request;
+}
+
+TEST_P(Contract, AScanIsStartedOrAlreadyUnderWay)
+{
+    const Daemon daemon(GetParam(), {});
+    expect(daemon,
+           {
+               {"SCAN", "OK\n"},
+               {"SCAN", AnyOf("FAIL-BUSY\n", "OK\n")}, // without a radio it may be over by now
+           });
+    EXPECT_EQ(daemon.wait_for("SCAN", "OK"), "OK\n");
+}
+
+TEST_P(Contract, NewProfilesAreNumberedFromTheHighestId)
+{
+    const Daemon daemon(GetParam(), {});
+    expect(daemon,
+           {
+               {"ADD_NETWORK", "0\n"},
+               {"ADD_NETWORK", "1\n"},
+               {"ADD_NETWORK", "2\n"},
+               {"REMOVE_NETWORK 1", "OK\n"},
+               {"ADD_NETWORK", "3\n"},
+               {"LIST_NETWORKS",
+                listing({"0||any|[DISABLED]", "2||any|[DISABLED]", "3||any|[DISABLED]"})},
+               {"REMOVE_NETWORK 2", "OK\n"},
+               {"ADD_NETWORK", "4\n"},
+               {"REMOVE_NETWORK 4", "OK\n"},
+               {"ADD_NETWORK", "4\n"},
+               {"REMOVE_NETWORK all", "OK\n"},
+               {"LIST_NETWORKS", no_profiles},
+               {"ADD_NETWORK", "0\n"},
+           });
+}
+
+TEST_P(Contract, AnUnknownIdIsRefused)
+{
+    const Daemon daemon(GetParam(), {.profiles = cafe});
+    for (const char* request :
+         {"SET_NETWORK 7 ssid \"x\"", "GET_NETWORK 99 ssid", "REMOVE_NETWORK 99",
+          "REMOVE_NETWORK -1", "ENABLE_NETWORK 99", "SELECT_NETWORK 99", "SELECT_NETWORK -1"})
+        EXPECT_EQ(daemon.ask(request), "FAIL\n") << request;
+    EXPECT_EQ(daemon.ask("LIST_NETWORKS"), listing({"0|Cafe|any|[DISABLED]"}));
+}
+
+TEST_P(Contract, AFreshProfileHasDefaults)
+{
+    const Daemon daemon(GetParam(), {});
+    expect(daemon,
+           {
+               {"ADD_NETWORK", "0\n"},
+               {"GET_NETWORK 0 ssid", "FAIL\n"},
+               {"GET_NETWORK 0 psk", "FAIL\n"},
+               {"GET_NETWORK 0 key_mgmt", "WPA-PSK WPA-EAP"},
+               {"GET_NETWORK 0 disabled", "1"},
+               {"GET_NETWORK 0 priority", "0"},
+               {"GET_NETWORK 0 nosuch", "FAIL\n"},
+               {"GET_NETWORK 0", "FAIL\n"},
+           });
+}
+
+struct Setting {
+    std::string value;
+    std::string stored; ///< What GET_NETWORK says then.
+    std::string listed; ///< The name in LIST_NETWORKS.
+};
+
+TEST_P(Contract, NamesAreTakenQuotedOrInHexadecimalAndListedEscaped)
+{
+    const Daemon daemon(GetParam(), {});
+    ASSERT_EQ(daemon.ask("ADD_NETWORK"), "0\n");
+    const std::string longest = "ABCDEFGHIJKLMNOPQRSTUVWXYZ012345";
+    const std::vector<Setting> settings = {
+        {R"("Home2")", R"("Home2")", "Home2"},
+        {"486f6d6532", R"("Home2")", "Home2"},
+        {"486F6D65", R"("Home")", "Home"},
+        {"436166c3a9", "436166c3a9", R"(Caf\xc3\xa9)"},
+        {"\"Caf\xc3\xa9\"", "436166c3a9", R"(Caf\xc3\xa9)"},
+        {"fffe0a1b0d09007f", "fffe0a1b0d09007f", R"(\xff\xfe\n\e\r\t\x00\x7f)"},
+        {R"("a"b\c")", R"("a"b\c")", R"(a\"b\\c)"},
+        {R"("  padded  ")", R"("  padded  ")", "  padded  "},
+        {"\"tab\there\"", "7461620968657265", R"(tab\there)"},
+        {'"' + longest + '"', '"' + longest + '"', longest},
+        {R"("")", R"("")", ""},
+        {"", R"("")", ""},
+    };
+    for (const Setting& setting : settings)
+        expect(daemon,
+               {
+                   {"SET_NETWORK 0 ssid " + setting.value, "OK\n"},
+                   {"GET_NETWORK 0 ssid", setting.stored},
+                   {"LIST_NETWORKS", listing({"0|" + setting.listed + "|any|[DISABLED]"})},
+               });
+}
+
+TEST_P(Contract, BadNamesAreRefusedAndTheOldOneStays)
+{
+    const Daemon daemon(GetParam(), {.profiles = cafe});
+    for (const char* value :
+         {" Home2", " \"Home2", " Home2\"", " abc", " zz", " \"tail\" junk", "",
+          " \"123456789012345678901234567890123\"",
+          " 787878787878787878787878787878787878787878787878787878787878787878"})
+        expect(daemon,
+               {
+                   {std::string("SET_NETWORK 0 ssid") + value, "FAIL\n"},
+                   {"GET_NETWORK 0 ssid", "\"Cafe\""},
+               });
+}
+
+TEST_P(Contract, PasswordsAreTakenAsTheyStandBetweenTheQuotes)
+{
+    const Daemon daemon(GetParam(), {.profiles = home});
+    const std::string most(63, 'x');
+    const std::string digest(64, 'a');
+    for (const std::string& value :
+         {std::string(R"("12345678")"), '"' + most + '"', std::string("\"p\xc3\xa4ssw\xc3\xb6rd\""),
+          std::string(R"("pass\"word")"), std::string(R"("pass\\word")"), digest}) {
+        expect(daemon,
+               {
+                   {"SET_NETWORK 0 psk " + value, "OK\n"},
+                   {"GET_NETWORK 0 psk", "*"},
+                   {"SAVE_CONFIG", "OK\n"},
+               });
+        EXPECT_EQ(daemon.saved(), profile("\"Home2\"", "psk=" + value, true));
+    }
+}
+
+TEST_P(Contract, BadPasswordsAreRefusedAndTheOldOneStays)
+{
+    const Daemon daemon(GetParam(), {.profiles = home});
+    for (const std::string& value :
+         {std::string("\"1234567\""), '"' + std::string(64, 'x') + '"', std::string("0123"),
+          std::string("home2-password"), std::string("\"pass\ttab!\""), std::string(64, 'g')})
+        EXPECT_EQ(daemon.ask("SET_NETWORK 0 psk " + value), "FAIL\n") << value;
+    EXPECT_EQ(daemon.ask("SAVE_CONFIG"), "OK\n");
+    EXPECT_EQ(daemon.saved(), home);
+}
+
+TEST_P(Contract, OtherSettingsAreChecked)
+{
+    const Daemon daemon(GetParam(), {.profiles = home});
+    expect(daemon,
+           {
+               {"SET_NETWORK 0 key_mgmt SAE WPA-PSK", "OK\n"},
+               {"GET_NETWORK 0 key_mgmt", "WPA-PSK SAE"},
+               {"SET_NETWORK 0 key_mgmt NONE", "OK\n"},
+               {"GET_NETWORK 0 key_mgmt", "NONE"},
+               {"SET_NETWORK 0 key_mgmt WPA-PSK", "OK\n"},
+               {"GET_NETWORK 0 key_mgmt", "WPA-PSK"},
+               {"SET_NETWORK 0 key_mgmt NOSUCH", "FAIL\n"},
+               {"SET_NETWORK 0 key_mgmt", "FAIL\n"},
+               {"SET_NETWORK 0 priority -3", "OK\n"},
+               {"GET_NETWORK 0 priority", "-3"},
+               {"SET_NETWORK 0 priority abc", "FAIL\n"},
+               {"SET_NETWORK 0 scan_ssid 2", "FAIL\n"},
+               {"SET_NETWORK 0 nosuch 1", "FAIL\n"},
+               {"SET_NETWORK 0", "FAIL\n"},
+           });
+}
+
+TEST_P(Contract, SelectingAProfileDisablesTheOthers)
+{
+    const Daemon daemon(GetParam(), {.profiles = cafe + home + nord});
+    const auto flags = [](const std::string& first, const std::string& second,
+                          const std::string& third) {
+        return listing({"0|Cafe|any|" + first, "1|Home2|any|" + second,
+                        R"(2|Caf\xc3\xa9 du Nord|any|)" + third});
+    };
+    expect(daemon,
+           {
+               {"LIST_NETWORKS", flags("[DISABLED]", "[DISABLED]", "[DISABLED]")},
+               {"SELECT_NETWORK 1", "OK\n"},
+               {"LIST_NETWORKS", flags("[DISABLED]", "[CURRENT]", "[DISABLED]")},
+               {"ENABLE_NETWORK 2", "OK\n"},
+               {"LIST_NETWORKS", flags("[DISABLED]", "[CURRENT]", "")},
+               {"SELECT_NETWORK 2", "OK\n"},
+               {"LIST_NETWORKS", flags("[DISABLED]", "[DISABLED]", "[CURRENT]")},
+               {"ENABLE_NETWORK all", "OK\n"},
+               {"LIST_NETWORKS", flags("", "", "[CURRENT]")},
+               {"DISCONNECT", "OK\n"},
+               {"LIST_NETWORKS", flags("", "", "")},
+               {"STATUS", MatchesRegex("wpa_state=DISCONNECTED\n" + status_end)},
+               {"SELECT_NETWORK 0", "OK\n"},
+               {"DISCONNECT", "OK\n"},
+               {"LIST_NETWORKS", flags("", "[DISABLED]", "[DISABLED]")},
+           });
+}
+
+TEST_P(Contract, TheFileIsWrittenInOneForm)
+{
+    const Daemon daemon(GetParam(), {.profiles = "# lost\n" + cafe + home});
+    expect(daemon,
+           {
+               {"SELECT_NETWORK 0", "OK\n"},
+               {"ADD_NETWORK", "2\n"},
+               {"SET_NETWORK 2 ssid 426f622022354722", "OK\n"},
+               {"SET_NETWORK 2 key_mgmt WPA-PSK", "OK\n"},
+               {R"(SET_NETWORK 2 psk "bobs\"-password")", "OK\n"},
+               {"SET_NETWORK 2 priority 3", "OK\n"},
+               {"ADD_NETWORK", "3\n"},
+               {"SET_NETWORK 3 ssid 436166c3a9", "OK\n"},
+               {"SET_NETWORK 3 key_mgmt NONE", "OK\n"},
+               {"SET_NETWORK 3 scan_ssid 1", "OK\n"},
+               {"ENABLE_NETWORK 3", "OK\n"},
+               {"ADD_NETWORK", "4\n"}, // without a key: neither usable nor saved
+               {"SAVE_CONFIG", "OK\n"},
+           });
+    const std::string bob = "psk=\"bobs\\\"-password\"\n\tkey_mgmt=WPA-PSK\n\tpriority=3";
+    EXPECT_EQ(daemon.config(),
+              "ctrl_interface=DIR=" + daemon.folder() + "\nupdate_config=1\n"
+                  + profile("\"Cafe\"", "key_mgmt=NONE") + home
+                  + profile("\"Bob \"5G\"\"", bob, true)
+                  + profile("436166c3a9", "scan_ssid=1\n\tkey_mgmt=NONE"));
+}
+
+TEST_P(Contract, SavingIsRefusedWhereTheFileForbidsIt)
+{
+    const Daemon daemon(GetParam(), {.profiles = cafe + home, .update_config = false});
+    const std::string before = daemon.config();
+    expect(daemon,
+           {
+               {"REMOVE_NETWORK 0", "OK\n"},
+               {"SAVE_CONFIG", "FAIL\n"},
+               {"LIST_NETWORKS", listing({"1|Home2|any|[DISABLED]"})},
+           });
+    EXPECT_EQ(daemon.config(), before);
+}
+
+TEST_P(Contract, AReplyEndsAfterTheLastLineThatFitsIn4095Bytes)
+{
+    const std::string name(32, 'x');
+    std::string profiles;
+    std::vector<std::string> lines;
+    for (int i = 0; i < 79; ++i) {
+        profiles += profile('"' + name + '"', "key_mgmt=NONE", true);
+        lines.push_back(std::to_string(i) + '|' + name + "|any|[DISABLED]");
+    }
+    const std::string too_long(24, 'y');
+    const std::string fitting(23, 'y');
+    const auto reply = [&](const std::string& last) {
+        const std::string profiles_and_one_more = profiles
+            + profile('"' + last + '"', "key_mgmt=NONE", true);
+        return Daemon(GetParam(), {.profiles = profiles_and_one_more}).ask("LIST_NETWORKS");
+    };
+    EXPECT_EQ(reply(too_long), listing(lines));
+    lines.push_back("79|" + fitting + "|any|[DISABLED]");
+    EXPECT_EQ(reply(fitting), listing(lines));
+    EXPECT_EQ(listing(lines).size(), 4095U);
+}
+
+/// The real one is connected through a cable here: no channel, no mode of a radio, and at once.
+TEST_P(Contract, AnOpenProfileComesToCompleted)
+{
+    const Daemon daemon(GetParam(),
+                        {.profiles = home + cafe, .driver = "wired", .address = "10.66.2.48/24"});
+    EXPECT_EQ(daemon.ask("SELECT_NETWORK 1"), "OK\n");
+    daemon.wait_for("STATUS", "wpa_state=COMPLETED\n");
+    EXPECT_THAT(daemon.wait_for("STATUS", "ip_address="),
+                MatchesRegex("bssid=" + mac
+                             + "\nfreq=[0-9]+\nssid=Cafe\nid=1\nmode=station\n"
+                               "(wifi_generation=[0-9]\n)?pairwise_cipher=NONE\ngroup_cipher=NONE\n"
+                               "key_mgmt=NONE\nwpa_state=COMPLETED\nip_address=10.66.2.48\n"
+                             + status_end));
+    expect(daemon,
+           {
+               {"LIST_NETWORKS", listing({"0|Home2|any|[DISABLED]", "1|Cafe|any|[CURRENT]"})},
+               {"SELECT_NETWORK 1", "OK\n"}, // again: the connection stays up
+               {"STATUS", testing::HasSubstr("\nwpa_state=COMPLETED\n")},
+               {"REMOVE_NETWORK 1", "OK\n"},
+               {"LIST_NETWORKS", listing({"0|Home2|any|[DISABLED]"})},
+               // INACTIVE with a radio
+               {"STATUS", testing::ContainsRegex("^wpa_state=(DISCONNECTED|INACTIVE)\n")},
+           });
+}
+
+} // namespace

@@ -1,0 +1,414 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) The corvane-wifi authors
+
+/// The program and the library against wpa_supplicant itself, and what it keeps of it on disk.
+
+#include "cvn/wifi.hpp"
+#include "support/daemon.hpp"
+#include "support/program.hpp"
+
+#include <gmock/gmock.h>
+
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <stdexcept>
+#include <string>
+#include <tuple>
+#include <vector>
+
+using cvn::wifi::Client;
+using cvn::wifi::Security;
+
+namespace {
+
+const std::string no_key = "key_mgmt=NONE";
+const std::string home = profile("\"Home\"", "psk=\"home-password\"", true);
+const std::string cafe = profile("\"Cafe\"", no_key, true);
+const std::string guest = profile("\"Guest\"", no_key, true);
+const std::string no_profiles = "network id / ssid / bssid / flags\n";
+
+/// Connected as soon as an open profile is chosen.
+Setup wired(const std::string& profiles)
+{
+    return {.profiles = profiles, .driver = "wired", .address = "10.66.2.48/24"};
+}
+
+Outcome success(const std::string& line)
+{
+    return {0, line + '\n', ""};
+}
+
+Outcome refusal(const std::string& message)
+{
+    return {1, "", "corvane-wifi: " + message + '\n'};
+}
+
+class Supplicant : public Daemon {
+public:
+    explicit Supplicant(const Setup& setup)
+        : Daemon(Kind::Real, setup)
+        , before_(file())
+    {
+        // The kernel merges equal events that follow one another, so both ends of a renaming.
+        inotify_add_watch(watch_, folder().c_str(), IN_MOVED_FROM | IN_MOVED_TO);
+    }
+    ~Supplicant()
+    {
+        close(watch_);
+    }
+
+    Outcome command(const std::vector<std::string>& words) const
+    {
+        const Environment patient = {{"CORVANE_WIFI_CONNECT_TIMEOUT_MS", "30000"}};
+        return run(words, environment_for(path(), patient));
+    }
+
+    Client client() const
+    {
+        return {QString::fromStdString(path())};
+    }
+
+    /// What connect_new() complains of; "" when it is content.
+    std::string add(const char* ssid, Security security, const char* password,
+                    int timeout_ms = 0) const
+    {
+        try {
+            client().connect_new(ssid, security, password, timeout_ms);
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "";
+    }
+
+    bool file_is_untouched() const
+    {
+        return file() == before_;
+    }
+
+    /// How often the file was replaced; it is written under another name first.
+    int count_saves() const
+    {
+        alignas(inotify_event) std::array<char, 65536> buffer;
+        const ssize_t size = read(watch_, buffer.data(), buffer.size());
+        int count = 0;
+        for (ssize_t at = 0; at < size;) {
+            const auto* event = reinterpret_cast<const inotify_event*>(buffer.data() + at);
+            count += (event->mask & IN_MOVED_TO) != 0 ? 1 : 0;
+            at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
+        }
+        return count;
+    }
+
+private:
+    std::tuple<std::string, ino_t, time_t, long> file() const
+    {
+        struct stat facts { };
+        stat(config_path().c_str(), &facts);
+        return {config(), facts.st_ino, facts.st_mtim.tv_sec, facts.st_mtim.tv_nsec};
+    }
+
+    std::tuple<std::string, ino_t, time_t, long> before_;
+    int watch_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+};
+
+class Real : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        unsetenv("CORVANE_WIFI_CONNECT_TIMEOUT_MS");
+        skip_without_real();
+    }
+};
+
+TEST_F(Real, StatusWithoutAConnection)
+{
+    const Supplicant supplicant({});
+    EXPECT_EQ(supplicant.command({"status"}), success("State: DISCONNECTED\nNetwork: \nAddress: "));
+    EXPECT_EQ(supplicant.command({"status", "--json"}),
+              success(R"({"address":"","saved_id":-1,"ssid":"","state":"DISCONNECTED"})"));
+}
+
+TEST_F(Real, StatusWithAConnection)
+{
+    const Supplicant supplicant(wired(home + profile("\"Cafe\"", no_key)));
+    supplicant.ask("SELECT_NETWORK 1");
+    supplicant.wait_for("STATUS", "wpa_state=COMPLETED\n");
+    EXPECT_EQ(supplicant.command({"status"}),
+              success("State: COMPLETED\nNetwork: Cafe\nAddress: 10.66.2.48"));
+    EXPECT_EQ(supplicant.command({"status", "--json"}),
+              success(R"({"address":"10.66.2.48","saved_id":1,"ssid":"Cafe",)"
+                      R"("state":"COMPLETED"})"));
+}
+
+TEST_F(Real, ListScansAndIsEmptyWithoutARadio)
+{
+    const Supplicant supplicant({});
+    EXPECT_EQ(supplicant.command({"list"}), (Outcome{0, "", ""}));
+    EXPECT_EQ(supplicant.command({"list", "--json"}), success("[]"));
+}
+
+TEST_F(Real, ListShowsNamesAsTheyArePrinted)
+{
+    const Supplicant supplicant({.profiles = profile("\"  two  blanks \"", no_key, true)
+                                     + profile(R"("Bob "5G" C:\net")", no_key, true)
+                                     + profile("436166c3a9", "psk=\"caf\xc3\xa9-au-lait\"", true)
+                                     + profile("fffe0a1b5b33316d00", no_key, true)});
+    EXPECT_EQ(supplicant.command({"list", "--cached"}),
+              success("1.     two  blanks   [unsupported, saved, saved]\n"
+                      "2.   Bob \\\"5G\\\" C:\\\\net  [unsupported, saved, saved]\n"
+                      "3.   Caf\\xc3\\xa9  [unsupported, saved, saved]\n"
+                      "4.   \\xff\\xfe\\n\\e[31m\\x00  [unsupported, saved, saved]"));
+    const auto object = [](const std::string& id, const std::string& ssid) {
+        return R"({"bssid":"","current":false,"frequency":0,"saved":true,"saved_id":)" + id
+            + R"(,"security":"unsupported","signal":-100,"ssid":")" + ssid
+            + R"(","supported":false})";
+    };
+    EXPECT_EQ(supplicant.command({"list", "--cached", "--json"}),
+              success('[' + object("0", "  two  blanks ") + ','
+                      + object("1", R"(Bob \\\"5G\\\" C:\\\\net)") + ','
+                      + object("2", R"(Caf\\xc3\\xa9)") + ','
+                      + object("3", R"(\\xff\\xfe\\n\\e[31m\\x00)") + ']'));
+}
+
+TEST_F(Real, ListMarksTheNetworkThatIsNotYetCompleted)
+{
+    const Supplicant supplicant(wired(cafe + home));
+    supplicant.ask("SELECT_NETWORK 1");
+    supplicant.wait_for("STATUS", "wpa_state=ASSOCIATED\n");
+    EXPECT_EQ(supplicant.command({"list"}),
+              success("1. * Home  [unsupported, saved, saved]\n"
+                      "2.   Cafe  [unsupported, saved, saved]"));
+}
+
+TEST_F(Real, ForgetTakesThePrintedNameAndNoOtherProfile)
+{
+    const std::string blanks = profile("\"  two  blanks \"", no_key, true);
+    const std::string bob = profile(R"("Bob "5G" C:\net")", no_key, true);
+    const std::string accent = profile("436166c3a9", "psk=\"caf\xc3\xa9-au-lait\"", true);
+    const Supplicant supplicant({.profiles = home + blanks + bob + accent + cafe});
+    EXPECT_EQ(supplicant.command({"forget", "--yes", R"(Caf\xc3\xa9)"}),
+              success(R"(Forgot Caf\xc3\xa9.)"));
+    EXPECT_EQ(supplicant.saved(), home + blanks + bob + cafe);
+    EXPECT_EQ(supplicant.command({"forget", "--yes", R"(Bob \"5G\" C:\\net)"}),
+              success(R"(Forgot Bob \"5G\" C:\\net.)"));
+    EXPECT_EQ(supplicant.saved(), home + blanks + cafe);
+    EXPECT_EQ(supplicant.command({"forget", "--yes", "--json", "  two  blanks "}),
+              success(R"({"ok":true})"));
+    EXPECT_EQ(supplicant.saved(), home + cafe);
+    EXPECT_EQ(supplicant.count_saves(), 3);
+    EXPECT_EQ(supplicant.command({"forget", "--yes", "home"}),
+              refusal("home is not a saved network."));
+    EXPECT_EQ(supplicant.saved(), home + cafe);
+}
+
+TEST_F(Real, ForgetRemovesTheLastOfTwoProfilesOfOneName)
+{
+    const std::string first = profile("\"Cafe\"", "psk=\"first-password\"", true);
+    const Supplicant supplicant({.profiles = first + home + cafe});
+    EXPECT_EQ(supplicant.command({"forget", "--yes", "Cafe"}), success("Forgot Cafe."));
+    EXPECT_EQ(supplicant.saved(), first + home);
+}
+
+TEST_F(Real, SwitchingBetweenSavedNetworksWritesNothing)
+{
+    const Supplicant supplicant(wired(home + cafe + guest));
+    EXPECT_EQ(supplicant.command({"connect", "Guest"}), success("Connected to Guest."));
+    EXPECT_EQ(supplicant.command({"connect", "Cafe"}), success("Connected to Cafe."));
+    EXPECT_EQ(supplicant.command({"list"}),
+              success("1. * Cafe  [unsupported, saved, saved]\n"
+                      "2.   Home  [unsupported, saved, saved]\n"
+                      "3.   Guest  [unsupported, saved, saved]"));
+    EXPECT_EQ(supplicant.command({"disconnect"}), success("Wi-Fi disconnected."));
+    EXPECT_THAT(supplicant.ask("STATUS"), testing::StartsWith("wpa_state=DISCONNECTED\n"));
+    EXPECT_EQ(supplicant.command({"connect", "--json", "Cafe"}), success(R"({"ok":true})"));
+    EXPECT_THAT(supplicant.ask("STATUS"), testing::HasSubstr("\nwpa_state=COMPLETED\n"));
+    EXPECT_TRUE(supplicant.file_is_untouched());
+}
+
+TEST_F(Real, SwitchingDisablesTheOthersAndALaterSaveStoresThat)
+{
+    const std::string enabled = profile("\"Home\"", "psk=\"home-password\"");
+    const Supplicant supplicant(wired(enabled + cafe + guest));
+    EXPECT_EQ(supplicant.command({"connect", "Guest"}), success("Connected to Guest."));
+    EXPECT_EQ(supplicant.command({"forget", "--yes", "Cafe"}), success("Forgot Cafe."));
+    EXPECT_EQ(supplicant.saved(), home + profile("\"Guest\"", no_key));
+}
+
+TEST_F(Real, SwitchingToAnUnknownIdIsRefused)
+{
+    const Supplicant supplicant({.profiles = cafe});
+    try {
+        supplicant.client().connect_saved(99, "Cafe", 0);
+        ADD_FAILURE() << "no error";
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "Could not select saved Wi-Fi network: FAIL");
+    }
+}
+
+TEST_F(Real, ANewNetworkIsSavedWithoutWaitingWhenTheTimeIsZero)
+{
+    const Supplicant supplicant({.profiles = cafe});
+    setenv("CORVANE_WIFI_CONNECT_TIMEOUT_MS", "0", 1);
+    EXPECT_EQ(supplicant.add("Caf\xc3\xa9", Security::Personal, "p\xc3\xa4ssword", 15000), "");
+    const std::string added = profile("436166c3a9", "psk=\"p\xc3\xa4ssword\"\n\tkey_mgmt=WPA-PSK");
+    EXPECT_EQ(supplicant.saved(), cafe + added);
+    EXPECT_EQ(supplicant.count_saves(), 1);
+}
+
+TEST_F(Real, ANewOpenNetworkIsSavedOnceItIsConnected)
+{
+    const Supplicant supplicant(wired(cafe));
+    EXPECT_EQ(supplicant.add(" Bob's  Bar ", Security::Open, "", 30000), "");
+    EXPECT_THAT(supplicant.ask("STATUS"),
+                testing::ContainsRegex("\nssid= Bob's  Bar \nid=1\n.*\nwpa_state=COMPLETED\n"));
+    EXPECT_EQ(supplicant.saved(), cafe + profile("\" Bob's  Bar \"", no_key));
+    EXPECT_EQ(supplicant.count_saves(), 1);
+}
+
+struct Failing {
+    const char* name;
+    Setup setup;
+    std::string ssid;
+    Security security;
+    const char* password;
+    int timeout_ms;
+    const char* message;
+};
+
+void PrintTo(const Failing& failing, std::ostream* stream)
+{
+    *stream << failing.message;
+}
+
+class ANewNetwork : public Real, public testing::WithParamInterface<Failing> { };
+
+TEST_P(ANewNetwork, IsRemovedAgainAndTheFileIsUntouched)
+{
+    const Failing& failing = GetParam();
+    const Supplicant supplicant(failing.setup);
+    EXPECT_EQ(supplicant.add(failing.ssid.c_str(), failing.security, failing.password,
+                             failing.timeout_ms),
+              failing.message);
+    EXPECT_EQ(supplicant.ask("LIST_NETWORKS"), no_profiles);
+    EXPECT_TRUE(supplicant.file_is_untouched());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    That, ANewNetwork,
+    testing::Values(Failing{"CannotBeSaved",
+                            {.update_config = false},
+                            "Home",
+                            Security::Personal,
+                            "home-password",
+                            0,
+                            "Could not save Wi-Fi network: FAIL"},
+                    Failing{"IsNotConnectedInTime", wired(""), "Home", Security::Personal,
+                            "home-password", 1, "Timed out connecting to Home."},
+                    // It is connected, but wpa_supplicant calls it Caf\xc3\xa9.
+                    Failing{"IsPrintedEscaped", wired(""), "Caf\xc3\xa9", Security::Open, "", 1000,
+                            "Timed out connecting to Caf\xc3\xa9."},
+                    Failing{"HasATooLongName",
+                            {},
+                            std::string(33, 'x'),
+                            Security::Open,
+                            "",
+                            0,
+                            "Could not set Wi-Fi network name: FAIL"},
+                    Failing{"HasAControlCharacterInThePassword",
+                            {},
+                            "Home",
+                            Security::Personal,
+                            "pass\tword",
+                            0,
+                            "Could not set WPA password: FAIL"},
+                    Failing{"HasALineEndInThePassword",
+                            {},
+                            "Home",
+                            Security::Personal,
+                            "pass\nword",
+                            0,
+                            "Wi-Fi passwords cannot contain NUL or newline characters."}),
+    [](const auto& which) { return which.param.name; });
+
+// The backslashes then are part of the password.
+TEST_F(Real, APasswordWithQuotesIsStoredWithTheBackslashesBeforeThem)
+{
+    const Supplicant supplicant({});
+    EXPECT_EQ(supplicant.add("Home", Security::Personal, R"(pass"w\rd)"), "");
+    EXPECT_EQ(supplicant.saved(),
+              profile("\"Home\"",
+                      R"(psk="pass\"w\\rd")"
+                      "\n\tkey_mgmt=WPA-PSK"));
+}
+
+TEST_F(Real, ForgetSaysWhenTheFileCannotBeWritten)
+{
+    const Supplicant supplicant({.profiles = cafe, .update_config = false});
+    EXPECT_EQ(supplicant.command({"forget", "--yes", "Cafe"}),
+              refusal("Could not save removed Wi-Fi network: FAIL"));
+    EXPECT_EQ(supplicant.ask("LIST_NETWORKS"), no_profiles);
+    EXPECT_TRUE(supplicant.file_is_untouched());
+}
+
+TEST_F(Real, ProfilesBeyond4095BytesOfAReplyAreNotSeen)
+{
+    std::string profiles;
+    std::string lines;
+    for (int i = 100; i < 300; ++i) {
+        const std::string name = "Profile " + std::to_string(i);
+        profiles += profile('"' + name + '"', no_key, true);
+        if (i < 234)
+            lines += std::to_string(i - 99) + ".   " + name + "  [unsupported, saved, saved]\n";
+    }
+    const Supplicant supplicant({.profiles = profiles});
+    EXPECT_EQ(supplicant.command({"list", "--cached"}), (Outcome{0, lines, ""}));
+    EXPECT_EQ(supplicant.command({"forget", "--yes", "Profile 234"}),
+              refusal("Profile 234 is not a saved network."));
+    EXPECT_EQ(supplicant.command({"forget", "--yes", "Profile 233"}),
+              success("Forgot Profile 233."));
+}
+
+TEST_F(Real, OtherUsersAreNotLetIn)
+{
+    const Supplicant supplicant({});
+    const bool is_root = geteuid() == 0;
+    // A user of their own may take their right to it away; root has to become another one.
+    chmod(supplicant.folder().c_str(), 0755);
+    if (!is_root)
+        chmod(supplicant.path().c_str(), 0);
+    const auto ask_as_another = [&] {
+        if (is_root && (setregid(65534, 65534) != 0 || setreuid(65534, 65534) != 0))
+            _exit(2);
+        try {
+            supplicant.client().status();
+        } catch (const std::runtime_error& error) {
+            std::fputs(error.what(), stderr);
+            _exit(1);
+        }
+        _exit(0);
+    };
+    EXPECT_EXIT(ask_as_another(), testing::ExitedWithCode(1),
+                "^Could not connect to wpa_supplicant: Permission denied$");
+}
+
+TEST_F(Real, ADaemonThatIsGoneIsReported)
+{
+    Supplicant supplicant({});
+    supplicant.end();
+    EXPECT_EQ(supplicant.command({"status"}),
+              refusal("Could not connect to wpa_supplicant: No such file or directory"));
+}
+
+TEST_F(Real, ADaemonThatWasKilledIsReported)
+{
+    Supplicant supplicant({});
+    supplicant.end(SIGKILL);
+    EXPECT_EQ(supplicant.command({"status"}),
+              refusal("Could not connect to wpa_supplicant: Connection refused"));
+}
+
+} // namespace
