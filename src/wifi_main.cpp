@@ -115,7 +115,7 @@ QString input_line(const QString& prompt, bool hidden)
     std::getline(std::cin, line);
     if (hidden && isatty(STDIN_FILENO) != 0)
         std::cerr << '\n';
-    if (std::cin.fail() && line.empty())
+    if (line.empty() && std::cin.fail())
         throw std::runtime_error("Could not read input.");
     return QString::fromStdString(line);
 }
@@ -137,22 +137,25 @@ void usage()
 
 void print_success(const std::string& sentence, bool as_json)
 {
-    std::cout << (as_json ? "{\"ok\":true}" : sentence) << '\n';
+    if (as_json)
+        std::cout << "{\"ok\":true}\n";
+    else
+        std::cout << sentence << '\n';
 }
 
 QJsonObject json(const Network& item)
 {
-    return {
-        {u"ssid"_s, item.ssid},
-        {u"bssid"_s, item.bssid},
-        {u"signal"_s, item.signal},
-        {u"frequency"_s, item.frequency},
-        {u"security"_s, Client::security_name(item.security)},
-        {u"supported"_s, item.security != Security::Unsupported},
-        {u"saved"_s, item.saved_id >= 0},
-        {u"saved_id"_s, item.saved_id},
-        {u"current"_s, item.current},
-    };
+    QJsonObject object;
+    object.insert("ssid"_L1, item.ssid);
+    object.insert("bssid"_L1, item.bssid);
+    object.insert("signal"_L1, item.signal);
+    object.insert("frequency"_L1, item.frequency);
+    object.insert("security"_L1, Client::security_name(item.security));
+    object.insert("supported"_L1, item.security != Security::Unsupported);
+    object.insert("saved"_L1, item.saved_id >= 0);
+    object.insert("saved_id"_L1, item.saved_id);
+    object.insert("current"_L1, item.current);
+    return object;
 }
 
 void print_json(const QJsonDocument& document)
@@ -187,12 +190,12 @@ void run_status(const Client& client, const QStringList&, const Switches& switch
 {
     const Status status = client.status();
     if (switches.as_json) {
-        print_json(QJsonDocument(QJsonObject{
-            {u"state"_s, status.state},
-            {u"ssid"_s, status.ssid},
-            {u"address"_s, status.address},
-            {u"saved_id"_s, status.saved_id},
-        }));
+        QJsonObject object;
+        object.insert("state"_L1, status.state);
+        object.insert("ssid"_L1, status.ssid);
+        object.insert("address"_L1, status.address);
+        object.insert("saved_id"_L1, status.saved_id);
+        print_json(QJsonDocument(object));
         return;
     }
     std::cout << "State: " << status.state.toStdString()
@@ -228,9 +231,9 @@ void run_pick(const Client& client, const QStringList& operands, const Switches&
     } else if (item.security == Security::Unsupported) {
         throw std::runtime_error("That network uses an unsupported security mode.");
     } else {
-        const QString password = item.security == Security::Personal
-            ? input_line(u"Wi-Fi password: "_s, true)
-            : QString();
+        QString password;
+        if (item.security == Security::Personal)
+            password = input_line(u"Wi-Fi password: "_s, true);
         client.connect_new(item.ssid, item.security, password, connect_timeout_ms);
     }
     print_success("Connected to " + item.ssid.toStdString() + '.', false);
@@ -282,6 +285,11 @@ void run_forget(const Client& client, const QStringList& operands, const Switche
     print_success("Forgot " + operands.first().toStdString() + '.', switches.as_json);
 }
 
+bool asks_for_help(const QString& word)
+{
+    return word == "help"_L1 || word == "--help"_L1 || word == "-h"_L1;
+}
+
 void run_action(const QString& action, const Client& client, const QStringList& operands,
                 const Switches& switches)
 {
@@ -322,8 +330,7 @@ int main(int argc, char** argv)
             .open = take("--open"_L1),
             .yes = take("--yes"_L1),
         };
-        const QStringList help = {u"help"_s, u"--help"_s, u"-h"_s};
-        if (arguments.isEmpty() || help.contains(arguments.first())) {
+        if (arguments.isEmpty() || asks_for_help(arguments.first())) {
             usage();
             return 0;
         }
