@@ -34,12 +34,12 @@ void check(bool good, const char* what)
 
 Answer reply(std::string datagram)
 {
-    return { { std::move(datagram) } };
+    return {{std::move(datagram)}};
 }
 
 Answer late_reply(std::chrono::milliseconds delay, std::string datagram)
 {
-    return { { std::move(datagram) }, delay };
+    return {{std::move(datagram)}, delay};
 }
 
 Answer silence()
@@ -47,9 +47,14 @@ Answer silence()
     return {};
 }
 
+Answer last_reply(std::string datagram)
+{
+    return {{std::move(datagram)}, {}, true};
+}
+
 Answer death()
 {
-    return { {}, {}, true };
+    return {{}, {}, true};
 }
 
 ScriptedSupplicant::ScriptedSupplicant()
@@ -59,10 +64,10 @@ ScriptedSupplicant::ScriptedSupplicant()
     check(socket_ >= 0 && stop_ >= 0, "socket");
     const sockaddr_un address = address_of(path());
     check(bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0, "bind");
-    on("STATUS", { reply("wpa_state=DISCONNECTED\naddress=02:00:00:00:00:00\n") });
-    on("SCAN", { reply("OK\n") });
-    on("SCAN_RESULTS", { reply("bssid / frequency / signal level / flags / ssid\n") });
-    on("LIST_NETWORKS", { reply("network id / ssid / bssid / flags\n") });
+    on("STATUS", {reply("wpa_state=DISCONNECTED\naddress=02:00:00:00:00:00\n")});
+    on("SCAN", {reply("OK\n")});
+    on("SCAN_RESULTS", {reply("bssid / frequency / signal level / flags / ssid\n")});
+    on("LIST_NETWORKS", {reply("network id / ssid / bssid / flags\n")});
     thread_ = std::thread([this] { serve(); });
 }
 
@@ -117,7 +122,7 @@ void ScriptedSupplicant::serve()
 {
     std::string buffer(1 << 17, '\0');
     while (socket_ >= 0) {
-        pollfd waiting[] = { { socket_, POLLIN, 0 }, { stop_, POLLIN, 0 } };
+        pollfd waiting[] = {{socket_, POLLIN, 0}, {stop_, POLLIN, 0}};
         if (poll(waiting, 2, -1) < 0 || waiting[1].revents != 0)
             return;
         sockaddr_un sender{};
@@ -136,11 +141,13 @@ void ScriptedSupplicant::handle(const std::string& bytes, const std::string& sen
     const Answer answer = next_answer(bytes);
     {
         const std::lock_guard lock(mutex_);
-        records_.push_back({ bytes, sender, file.st_mode & 07777 });
+        records_.push_back({bytes, sender, file.st_mode & 07777});
     }
     arrived_.notify_all();
 
     std::this_thread::sleep_for(answer.delay);
+    if (answer.last)
+        unlink(path().c_str()); // first, so that no further request gets in behind the reply
     const sockaddr_un address = address_of(sender);
     for (const std::string& datagram : answer.datagrams)
         sendto(socket_, datagram.data(), datagram.size(), 0,

@@ -30,15 +30,16 @@ struct Request {
 
 /// What the supplicant does about one request.
 struct Answer {
-    std::vector<std::string> datagrams;   ///< Sent to the requester one after another.
-    std::chrono::milliseconds delay{ 0 }; ///< Passes before the first of them.
-    bool last = false; ///< Afterwards the supplicant is gone, socket file and all.
+    std::vector<std::string> datagrams; ///< Sent to the requester one after another.
+    std::chrono::milliseconds delay{0}; ///< Passes before the first of them.
+    bool last = false; ///< Whoever has the answer finds nobody there, socket file and all.
 };
 
 Answer reply(std::string datagram);
 Answer late_reply(std::chrono::milliseconds delay, std::string datagram);
 Answer silence();
-Answer death(); ///< No reply, and nobody there from now on.
+Answer last_reply(std::string datagram); ///< A reply, and nobody there from then on.
+Answer death();                          ///< No reply, and nobody there from now on.
 
 class ScriptedSupplicant {
 public:

@@ -1,0 +1,967 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) The corvane-wifi authors
+
+#include "support/library.hpp"
+#include "support/scripted_supplicant.hpp"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <limits>
+#include <optional>
+#include <set>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using namespace std::string_literals;
+using cvn::wifi::Client;
+using cvn::wifi::Security;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+constexpr const char* socket_variable = "CORVANE_WPA_SOCKET";
+constexpr const char* scan_delay_variable = "CORVANE_WIFI_SCAN_DELAY_MS";
+constexpr const char* connect_timeout_variable = "CORVANE_WIFI_CONNECT_TIMEOUT_MS";
+
+const std::string timed_out = "Timed out waiting for wpa_supplicant.";
+const std::string nobody_there = "Could not connect to wpa_supplicant: No such file or directory";
+
+/// Sets an environment variable, or unsets it, to the end of the scope.
+class Variable {
+public:
+    Variable(const char* name, const std::optional<std::string>& value)
+        : name_(name)
+    {
+        if (const char* before = std::getenv(name))
+            before_ = before;
+        set(value);
+    }
+    ~Variable()
+    {
+        set(before_);
+    }
+    Variable(const Variable&) = delete;
+    Variable& operator=(const Variable&) = delete;
+
+private:
+    void set(const std::optional<std::string>& value)
+    {
+        if (value)
+            setenv(name_, value->c_str(), 1);
+        else
+            unsetenv(name_);
+    }
+
+    const char* name_;
+    std::optional<std::string> before_;
+};
+
+Client client_at(const std::string& path)
+{
+    return {QString::fromStdString(path)};
+}
+
+std::string socket_file(unsigned int number)
+{
+    return "/tmp/corvane-wpa-" + std::to_string(getpid()) + '-' + std::to_string(number);
+}
+
+unsigned int number_of(const std::string& sender)
+{
+    return static_cast<unsigned int>(std::stoul(sender.substr(sender.rfind('-') + 1)));
+}
+
+Lines socket_files()
+{
+    Lines result;
+    const std::string own = "corvane-wpa-" + std::to_string(getpid()) + '-';
+    for (const auto& entry : std::filesystem::directory_iterator("/tmp"))
+        if (entry.path().filename().string().starts_with(own))
+            result.push_back(entry.path());
+    return result;
+}
+
+auto open_descriptors()
+{
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+template <typename Function> std::chrono::milliseconds duration_of(const Function& function)
+{
+    const auto start = std::chrono::steady_clock::now();
+    function();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now()
+                                                                 - start);
+}
+
+/// How often the status was asked for depends on how busy the machine is.
+Lines without_repetitions(Lines requests)
+{
+    requests.erase(std::unique(requests.begin(), requests.end()), requests.end());
+    return requests;
+}
+
+/// A client of an idle supplicant that agrees to everything and calls each new profile 5.
+class WithSupplicant : public testing::Test {
+protected:
+    WithSupplicant()
+    {
+        supplicant.on("ADD_NETWORK", {reply("5\n")});
+        for (const char* request : {"SET_NETWORK", "ENABLE_NETWORK", "SELECT_NETWORK",
+                                    "REMOVE_NETWORK", "SAVE_CONFIG", "DISCONNECT"})
+            supplicant.on(request, {reply("OK\n")});
+    }
+    void TearDown() override
+    {
+        EXPECT_THAT(socket_files(), IsEmpty());
+        EXPECT_LE(open_descriptors(), descriptors_); // fewer after the supplicant's death
+    }
+
+    auto polls() const
+    {
+        return std::ranges::count(supplicant.requests(), "STATUS");
+    }
+
+    Variable socket_{socket_variable, {}};
+    Variable scan_delay_{scan_delay_variable, "0"};
+    Variable connect_timeout_{connect_timeout_variable, {}};
+    ScriptedSupplicant supplicant;
+    Client client = client_at(supplicant.path());
+
+private:
+    const std::ptrdiff_t descriptors_ = open_descriptors();
+};
+
+} // namespace
+
+class Transport : public WithSupplicant { };
+
+TEST_F(Transport, SendsTheRequestAsItIs)
+{
+    const std::string all = "PING  \t\x01\xff\"%1 " + std::string(4000, 'x') + ' ';
+    client.command(QByteArray::fromStdString(all), 3000);
+    EXPECT_THAT(supplicant.requests(), ElementsAre(all));
+}
+
+TEST_F(Transport, RefusesARequestThatIsNotOneLine)
+{
+    for (const QByteArray& request : {""_ba, "STATUS\n"_ba, "STATUS\r"_ba, "STATUS\0"_ba, "\n"_ba,
+                                      "\nSTATUS"_ba, "STA\0TUS"_ba, "STA\rTUS"_ba})
+        EXPECT_EQ(error_of([&] { client.command(request, 3000); }),
+                  "Invalid wpa_supplicant control command.");
+    EXPECT_THAT(supplicant.requests(), IsEmpty());
+}
+
+TEST_F(Transport, LooksAtTheRequestBeforeThePath)
+{
+    EXPECT_EQ(error_of([] { client_at(std::string(200, 'x')).command("", 3000); }),
+              "Invalid wpa_supplicant control command.");
+}
+
+TEST_F(Transport, TakesAPathOf107BytesAndRefusesOneOf108)
+{
+    const std::string start = supplicant.folder() + "/";
+    const std::string longest = start + std::string(107 - start.size(), 'x');
+    std::filesystem::create_symlink(supplicant.path(), longest);
+    supplicant.on("PING", {reply("PONG\n")});
+    EXPECT_EQ(client_at(longest).command("PING", 3000), "PONG");
+
+    const std::string two_bytes_each = start + std::string(start.size() % 2, 'x')
+        + QString(50, u'é').toStdString();
+    for (const std::string& path : {longest + 'x', std::string(5000, 'x'), two_bytes_each})
+        EXPECT_EQ(error_of([&] { client_at(path).command("PING", 3000); }),
+                  "Wi-Fi control socket path is too long.");
+}
+
+TEST_F(Transport, CutsLineEndsAtTheEndOfTheReplyOnly)
+{
+    const std::vector<std::pair<std::string, QByteArray>> rows{
+        {"OK\n", "OK"},
+        {"OK", "OK"},
+        {"OK\r\n", "OK"},
+        {"OK\n\n\n", "OK"},
+        {"OK\n\r\r\n", "OK"},
+        {"\n\n", ""},
+        {"\r", ""},
+        {"", ""},
+        {"\r\n\n OK \t\n", "\r\n\n OK \t"},
+        {"a\r\nb\n", "a\r\nb"},
+        {"a\0b\0\n"s, "a\0b\0"_ba},
+        {"\xff\xfe\xc3\n", "\xff\xfe\xc3"},
+    };
+    for (const auto& [sent, received] : rows) {
+        supplicant.on("PING", {reply(sent)});
+        EXPECT_EQ(client.command("PING", 3000), received) << testing::PrintToString(sent);
+    }
+}
+
+TEST_F(Transport, CutsAReplyAfter65536Bytes)
+{
+    const std::string longest(65536, 'x');
+    const std::string ends_in_a_line = std::string(65535, 'x') + '\n';
+    supplicant.on("PING", {reply(longest), reply(longest + "y"), reply(ends_in_a_line + "y")});
+    EXPECT_EQ(client.command("PING", 3000), QByteArray(65536, 'x'));
+    EXPECT_EQ(client.command("PING", 3000), QByteArray(65536, 'x'));
+    EXPECT_EQ(client.command("PING", 3000), QByteArray(65535, 'x'));
+}
+
+TEST_F(Transport, ReadsOneDatagram)
+{
+    supplicant.on("PING", {{{"first\n", "second\n"}}});
+    EXPECT_EQ(client.command("PING", 3000), "first");
+    EXPECT_EQ(client.command("PING", 3000), "first");
+}
+
+TEST_F(Transport, BindsAFileOfItsOwnForEachRequest)
+{
+    for (int i = 0; i < 3; ++i)
+        client.command("PING", 3000);
+    const auto records = supplicant.records();
+    ASSERT_EQ(records.size(), 3U);
+    const unsigned int first = number_of(records[0].sender);
+    for (unsigned int i = 0; i < 3; ++i) {
+        EXPECT_EQ(records[i].sender, socket_file(first + i));
+        EXPECT_EQ(records[i].sender_mode, 0600U);
+    }
+}
+
+TEST_F(Transport, CountsOnlyRequestsThatGetASocket)
+{
+    client.command("PING", 3000);
+    EXPECT_ANY_THROW(client.command("PING\n", 3000));
+    EXPECT_ANY_THROW(client_at(std::string(108, 'x')).command("PING", 3000));
+    client.command("PING", 3000);
+    EXPECT_ANY_THROW(client_at(supplicant.folder() + "/none").command("PING", 3000));
+    client.command("PING", 3000);
+    const auto records = supplicant.records();
+    ASSERT_EQ(records.size(), 3U);
+    const unsigned int first = number_of(records[0].sender);
+    EXPECT_EQ(number_of(records[1].sender), first + 1);
+    EXPECT_EQ(number_of(records[2].sender), first + 3);
+}
+
+TEST(TransportDeathTest, CountsFromZero)
+{
+    // A test process of its own, since requests of other tests count too.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto first_sender_is_number_0 = [] {
+        ScriptedSupplicant supplicant;
+        client_at(supplicant.path()).command("PING", 3000);
+        return supplicant.records().at(0).sender == socket_file(0);
+    };
+    EXPECT_EXIT(std::_Exit(first_sender_is_number_0() ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(Transport, ReplacesAStaleFile)
+{
+    client.command("PING", 3000);
+    const std::string stale = socket_file(number_of(supplicant.records()[0].sender) + 1);
+    ASSERT_TRUE(std::ofstream(stale) << "left by an earlier process");
+    client.command("PING", 3000);
+    EXPECT_EQ(supplicant.records()[1].sender, stale);
+}
+
+TEST_F(Transport, SaysWhyItCannotBind)
+{
+    client.command("PING", 3000);
+    const std::string taken = socket_file(number_of(supplicant.records()[0].sender) + 1);
+    std::filesystem::create_directory(taken);
+    EXPECT_EQ(error_of([&] { client.command("PING", 3000); }),
+              "Could not bind temporary Wi-Fi control socket: Address already in use");
+    std::filesystem::remove(taken);
+}
+
+TEST_F(Transport, SaysWhyItCannotConnect)
+{
+    const std::string dead = supplicant.folder() + "/dead";
+    ASSERT_EQ(mknod(dead.c_str(), S_IFSOCK | 0600, 0), 0);
+    const std::vector<std::pair<std::string, std::string>> rows{
+        {supplicant.folder() + "/none", "No such file or directory"},
+        {dead, "Connection refused"},
+        {dead + "/wlan0", "Not a directory"},
+    };
+    for (const auto& [path, reason] : rows) {
+        const Client nowhere = client_at(path);
+        EXPECT_EQ(error_of([&] { nowhere.command("PING", 3000); }),
+                  "Could not connect to wpa_supplicant: " + reason);
+        EXPECT_THAT(socket_files(), IsEmpty());
+    }
+}
+
+TEST_F(Transport, SaysWhyItCannotSend)
+{
+    EXPECT_EQ(error_of([&] { client.command(QByteArray(1 << 24, 'x'), 3000); }),
+              "Could not send Wi-Fi command: Message too long");
+}
+
+TEST_F(Transport, WaitsAsLongAsItIsTold)
+{
+    supplicant.on("PING", {late_reply(1500ms, "late\n")});
+    const auto duration = duration_of(
+        [&] { EXPECT_EQ(error_of([&] { client.command("PING", 200); }), timed_out); });
+    EXPECT_GE(duration, 200ms);
+    EXPECT_THAT(socket_files(), IsEmpty());
+}
+
+TEST_F(Transport, DoesNotWaitWithATimeoutOfZero)
+{
+    supplicant.on("PING", {late_reply(500ms, "late\n")});
+    EXPECT_EQ(error_of([&] { client.command("PING", 0); }), timed_out);
+}
+
+TEST_F(Transport, WaitsForEverWithANegativeTimeout)
+{
+    supplicant.on("PING", {late_reply(3500ms, "late\n")});
+    EXPECT_EQ(client.command("PING", -1), "late");
+}
+
+TEST_F(Transport, TimesOutWhenTheSupplicantGoesAway)
+{
+    supplicant.on("PING", {death()});
+    EXPECT_EQ(error_of([&] { client.command("PING", 200); }), timed_out);
+    EXPECT_EQ(error_of([&] { client.command("PING", 200); }), nobody_there);
+}
+
+TEST_F(Transport, KeepsThreadsApart)
+{
+    constexpr int threads = 8;
+    constexpr int requests_each = 25;
+    for (int i = 0; i < threads; ++i)
+        supplicant.on("PING " + std::to_string(i), {reply("PONG " + std::to_string(i) + "\n")});
+    std::vector<std::thread> running;
+    for (int i = 0; i < threads; ++i)
+        running.emplace_back([this, i] {
+            for (int k = 0; k < requests_each; ++k)
+                EXPECT_EQ(client.command("PING " + QByteArray::number(i), 30000),
+                          "PONG " + QByteArray::number(i));
+        });
+    for (std::thread& thread : running)
+        thread.join();
+    std::set<std::string> senders;
+    for (const Request& record : supplicant.records())
+        senders.insert(record.sender);
+    EXPECT_EQ(senders.size(), static_cast<size_t>(threads * requests_each));
+}
+
+class SocketPath : public WithSupplicant { };
+
+TEST_F(SocketPath, ComesFromTheEnvironmentWhereNoneIsGiven)
+{
+    const Variable socket(socket_variable, supplicant.path());
+    EXPECT_EQ(Client(QString()).command("PING", 3000), "UNKNOWN COMMAND");
+    EXPECT_EQ(Client(u""_s).command("PING", 3000), "UNKNOWN COMMAND");
+}
+
+TEST_F(SocketPath, IsTheGivenOneWhereverTheEnvironmentPoints)
+{
+    const Variable socket(socket_variable, supplicant.folder() + "/none");
+    EXPECT_EQ(client_at(supplicant.path()).command("PING", 3000), "UNKNOWN COMMAND");
+}
+
+TEST_F(SocketPath, IsSettledOnce)
+{
+    std::optional<Variable> socket;
+    socket.emplace(socket_variable, supplicant.path());
+    const Client settled{QString()};
+    socket.reset();
+    EXPECT_EQ(settled.command("PING", 3000), "UNKNOWN COMMAND");
+}
+
+TEST_F(SocketPath, StaysEmptyWhenTheVariableIs)
+{
+    const Variable socket(socket_variable, "");
+    EXPECT_EQ(error_of([] { Client(QString()).command("PING", 3000); }),
+              "Could not connect to wpa_supplicant: Connection refused");
+}
+
+struct Step {
+    std::string name;
+    std::string request;
+    std::string reply;
+    std::string refusal = {}; ///< The error after a reply of FAIL; empty where that is none.
+};
+
+static Step confirmed(const std::string& name, const std::string& request,
+                      const std::string& operation)
+{
+    return {name, request, "OK\n", "Could not " + operation + ": FAIL"};
+}
+
+struct Operation {
+    std::string name;
+    std::function<void(const Client&)> run;
+    std::vector<Step> steps;
+    std::string undo = {}; ///< Sent after a failure of any step but the first.
+};
+
+static std::vector<Operation> operations()
+{
+    const Step scan_results{"ReadScan", "SCAN_RESULTS", scan_table};
+    const Step list{"ReadProfiles", "LIST_NETWORKS", saved_table};
+    const Step status{"ReadStatus", "STATUS", home2_status};
+    const Step add{"Add", "ADD_NETWORK", "5\n", "wpa_supplicant did not create a network profile."};
+    const Step name = confirmed("SetName", "SET_NETWORK 5 ssid 486f6d6532",
+                                "set Wi-Fi network name");
+    const Step enable = confirmed("Enable", "ENABLE_NETWORK 5", "enable Wi-Fi network");
+    const Step select = confirmed("Select", "SELECT_NETWORK 5", "select Wi-Fi network");
+    const Step save = confirmed("Save", "SAVE_CONFIG", "save Wi-Fi network");
+    const Step open = confirmed("SetSecurity", "SET_NETWORK 5 key_mgmt NONE",
+                                "set open-network security");
+    const Step wpa = confirmed("SetSecurity", "SET_NETWORK 5 key_mgmt WPA-PSK", "set WPA security");
+    const Step password = confirmed("SetPassword", "SET_NETWORK 5 psk \"home2-\\\"pass\\\\word\"",
+                                    "set WPA password");
+    const Step scan = confirmed("Scan", "SCAN", "start Wi-Fi scan");
+    const Step select_saved = confirmed("Select", "SELECT_NETWORK 0", "select saved Wi-Fi network");
+    const Step disconnect = confirmed("Disconnect", "DISCONNECT", "disconnect Wi-Fi");
+    const Step remove = confirmed("Remove", "REMOVE_NETWORK 2", "remove Wi-Fi network");
+    const Step save_removed = confirmed("Save", "SAVE_CONFIG", "save removed Wi-Fi network");
+    return {
+        {"Status", [](const Client& client) { client.status(); }, {status}},
+        {"Listing",
+         [](const Client& client) { client.networks(true); },
+         {scan, scan_results, list, status}},
+        {"CachedListing",
+         [](const Client& client) { client.networks(false); },
+         {scan_results, list, status}},
+        {"ConnectingSaved",
+         [](const Client& client) { client.connect_saved(0, u"Home2"_s, 60000); },
+         {select_saved, status}},
+        {"ConnectingPersonal",
+         [](const Client& client) {
+             client.connect_new(u"Home2"_s, Security::Personal, u"home2-\"pass\\word"_s, 60000);
+         },
+         {add, name, wpa, password, enable, select, status, save},
+         "REMOVE_NETWORK 5"},
+        {"ConnectingOpen",
+         [](const Client& client) {
+             client.connect_new(u"Home2"_s, Security::Open, u"never\nlooked at"_s, 60000);
+         },
+         {add, name, open, enable, select, status, save},
+         "REMOVE_NETWORK 5"},
+        {"Disconnecting", [](const Client& client) { client.disconnect(); }, {disconnect}},
+        {"Forgetting",
+         [](const Client& client) { client.forget(u"Bob \\\"5G\\\" C:\\\\net"_s); },
+         {list, status, remove, save_removed}},
+    };
+}
+
+class AnyOperation : public WithSupplicant, public testing::WithParamInterface<Operation> { };
+
+TEST_P(AnyOperation, SendsItsRequestsInOrder)
+{
+    Lines expected;
+    for (const Step& step : GetParam().steps) {
+        supplicant.on(step.request, {reply(step.reply)});
+        expected.push_back(step.request);
+    }
+    GetParam().run(client);
+    EXPECT_EQ(supplicant.requests(), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(, AnyOperation, testing::ValuesIn(operations()), by_name<Operation>);
+
+struct OneStep {
+    std::string name;
+    Operation operation;
+    size_t index;
+};
+
+/// A supplicant that knows all steps of an operation, for a test to break the one at `index`.
+class AnyStep : public WithSupplicant, public testing::WithParamInterface<OneStep> {
+protected:
+    AnyStep()
+    {
+        for (const Step& each : steps)
+            supplicant.on(each.request, {reply(each.reply)});
+    }
+
+    std::string run() const
+    {
+        return error_of([this] { GetParam().operation.run(client); });
+    }
+    Lines first_requests(size_t count) const
+    {
+        Lines result;
+        for (size_t i = 0; i < count; ++i)
+            result.push_back(steps[i].request);
+        return result;
+    }
+    Lines requests_until_failure() const
+    {
+        Lines result = first_requests(index + 1);
+        if (index > 0 && !GetParam().operation.undo.empty())
+            result.push_back(GetParam().operation.undo);
+        return result;
+    }
+
+    const std::vector<Step>& steps = GetParam().operation.steps;
+    const size_t index = GetParam().index;
+    const Step& step = steps[index];
+};
+
+class ConfirmedStep : public AnyStep { };
+
+static std::vector<OneStep> all_steps(bool only_confirmed)
+{
+    std::vector<OneStep> result;
+    for (const Operation& operation : operations())
+        for (size_t i = 0; i < operation.steps.size(); ++i)
+            if (!only_confirmed || !operation.steps[i].refusal.empty())
+                result.push_back({operation.name + operation.steps[i].name, operation, i});
+    return result;
+}
+
+TEST_P(AnyStep, EndsTheOperationWhenThereIsNoReplyForThreeSeconds)
+{
+    supplicant.on(step.request, {silence()});
+    EXPECT_GE(duration_of([&] { EXPECT_EQ(run(), timed_out); }), 3000ms);
+    EXPECT_EQ(supplicant.requests(), requests_until_failure());
+}
+
+TEST_P(AnyStep, EndsTheOperationWhenTheSupplicantIsGone)
+{
+    if (index > 0)
+        supplicant.on(steps[index - 1].request, {last_reply(steps[index - 1].reply)});
+    else
+        client = client_at(supplicant.path() + "-gone");
+    EXPECT_EQ(run(), nobody_there);
+    EXPECT_EQ(supplicant.requests(), first_requests(index));
+}
+
+TEST_P(ConfirmedStep, EndsTheOperationWhenItIsRefused)
+{
+    supplicant.on(step.request, {reply("FAIL\n")});
+    EXPECT_EQ(run(), step.refusal);
+    EXPECT_EQ(supplicant.requests(), requests_until_failure());
+}
+
+INSTANTIATE_TEST_SUITE_P(, AnyStep, testing::ValuesIn(all_steps(false)), by_name<OneStep>);
+INSTANTIATE_TEST_SUITE_P(, ConfirmedStep, testing::ValuesIn(all_steps(true)), by_name<OneStep>);
+
+class StatusQuery : public WithSupplicant { };
+
+TEST_F(StatusQuery, TellsTheConnection)
+{
+    supplicant.on("STATUS", {reply(home2_status)});
+    EXPECT_EQ(describe(client.status()), "COMPLETED|Home2|10.66.2.48|0");
+}
+
+TEST_F(StatusQuery, TakesAnErrorReplyForNoConnection)
+{
+    supplicant.on("STATUS", {reply("FAIL\n"), reply("")});
+    EXPECT_EQ(describe(client.status()), "|||-1");
+    EXPECT_EQ(describe(client.status()), "|||-1");
+}
+
+TEST_F(StatusQuery, HasThreeSecondsForTheReply)
+{
+    supplicant.on("STATUS", {late_reply(2000ms, home2_status), late_reply(5000ms, "")});
+    EXPECT_EQ(client.status().state, u"COMPLETED"_s);
+    EXPECT_EQ(error_of([&] { client.status(); }), timed_out);
+}
+
+class Refusal : public WithSupplicant { };
+
+TEST_F(Refusal, IsEveryReplyButOk)
+{
+    const std::vector<std::pair<std::string, std::string>> rows{
+        {"FAIL\n", "FAIL"},
+        {"FAIL-BUSY\n", "FAIL-BUSY"},
+        {"", ""},
+        {"ok\n", "ok"},
+        {"OK \n", "OK "},
+        {" OK", " OK"},
+        {"OK 1\n", "OK 1"},
+        {"OKAY\n", "OKAY"},
+        {"OK\nOK\n", "OK\nOK"},
+        {"%1 %2 %3\n", "%1 %2 %3"},
+        {"Café \xff\n", "Café \xef\xbf\xbd"},
+        {"F\0AIL\n"s, "F"}, // what() ends there
+    };
+    for (const auto& [refusal, shown] : rows) {
+        supplicant.on("DISCONNECT", {reply(refusal)});
+        EXPECT_EQ(error_of([&] { client.disconnect(); }), "Could not disconnect Wi-Fi: " + shown);
+    }
+}
+
+class Listing : public WithSupplicant { };
+
+TEST_F(Listing, MergesTheThreeReplies)
+{
+    supplicant.on("SCAN_RESULTS", {reply(scan_table)});
+    supplicant.on("LIST_NETWORKS", {reply(saved_table)});
+    supplicant.on("STATUS", {reply(home2_status)});
+    const auto networks = describe(client.networks(false));
+    ASSERT_EQ(networks.size(), 17U);
+    EXPECT_EQ(networks.front(),
+              "current|Home2|02:00:00:00:02:00|2437|-50|0|WPA personal|[WPA2-PSK-CCMP][ESS]");
+    EXPECT_EQ(describe(client.networks(true)), networks);
+}
+
+TEST_F(Listing, TakesAScanUnderWayForItsOwn)
+{
+    supplicant.on("SCAN", {reply("FAIL-BUSY\n"), reply("FAIL-BUSY for a while\n")});
+    for (int i = 0; i < 2; ++i)
+        EXPECT_THAT(client.networks(true), IsEmpty());
+    const Lines once{"SCAN", "SCAN_RESULTS", "LIST_NETWORKS", "STATUS"};
+    Lines twice = once;
+    twice.insert(twice.end(), once.begin(), once.end());
+    EXPECT_EQ(supplicant.requests(), twice);
+}
+
+TEST_F(Listing, StopsWhenTheScanIsRefused)
+{
+    for (const std::string refusal :
+         {"FAIL", "FAIL-BUS", "fail-busy", " FAIL-BUSY", "OK FAIL-BUSY", "", "%1 %2"}) {
+        supplicant.on("SCAN", {reply(refusal + '\n')});
+        EXPECT_EQ(error_of([&] { client.networks(true); }),
+                  "Could not start Wi-Fi scan: " + refusal);
+    }
+    EXPECT_THAT(supplicant.requests(), Each("SCAN"));
+}
+
+TEST_F(Listing, TakesErrorRepliesForEmptyTables)
+{
+    for (const char* request : {"SCAN_RESULTS", "LIST_NETWORKS", "STATUS"})
+        supplicant.on(request, {reply("FAIL\n")});
+    EXPECT_THAT(client.networks(false), IsEmpty());
+}
+
+TEST_F(Listing, DoesNotSleepWithoutAScan)
+{
+    const Variable delay(scan_delay_variable, "20000");
+    EXPECT_LT(duration_of([&] { client.networks(false); }), 10s);
+}
+
+TEST_F(Listing, SleepsAlsoWhenAScanIsUnderWay)
+{
+    const Variable delay(scan_delay_variable, "300");
+    supplicant.on("SCAN", {reply("FAIL-BUSY\n")});
+    EXPECT_GE(duration_of([&] { client.networks(true); }), 300ms);
+}
+
+struct Delay {
+    std::string name;
+    std::optional<std::string> value;
+    std::chrono::milliseconds least;
+    std::chrono::milliseconds most;
+};
+
+class ScanDelay : public WithSupplicant, public testing::WithParamInterface<Delay> { };
+
+TEST_P(ScanDelay, ComesFromTheEnvironment)
+{
+    const Variable delay(scan_delay_variable, GetParam().value);
+    const auto duration = duration_of([&] { client.networks(true); });
+    EXPECT_GE(duration, GetParam().least);
+    EXPECT_LT(duration, GetParam().most);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , ScanDelay,
+    testing::Values(Delay{"Unset", {}, 1400ms, 20s}, Delay{"Empty", "", 1400ms, 20s},
+                    Delay{"Word", "abc", 1400ms, 20s},
+                    Delay{"WordAfterNumber", "10ms", 1400ms, 20s},
+                    Delay{"Fraction", "0.5", 1400ms, 20s}, Delay{"Negative", "-5", 1400ms, 20s},
+                    Delay{"OutOfRange", "2147483648", 1400ms, 20s},
+                    Delay{"NotOctal", "08", 1400ms, 20s}, Delay{"Zero", "0", 0ms, 1400ms},
+                    Delay{"Hexadecimal", "0x10", 16ms, 1400ms}, Delay{"Octal", "010", 8ms, 1400ms},
+                    Delay{"Longer", "2000", 2000ms, 20s}),
+    by_name<Delay>);
+
+class Connecting : public WithSupplicant { };
+
+TEST_F(Connecting, NeedsASavedProfile)
+{
+    for (const int id : {-1, std::numeric_limits<int>::min()})
+        EXPECT_EQ(error_of([&] { client.connect_saved(id, u"Home2"_s, 60000); }),
+                  "The selected network is not saved.");
+    EXPECT_THAT(supplicant.requests(), IsEmpty());
+}
+
+TEST_F(Connecting, ChecksWhatItIsGivenInOrderBeforeItSendsAnything)
+{
+    struct Row {
+        QString ssid;
+        Security security;
+        QString password;
+        std::string error;
+    };
+    const std::string no_name = "The network name cannot be empty.";
+    const std::string no_way =
+        "Corvane does not configure enterprise, WEP, or SAE-only networks yet.";
+    const std::string no_password = "A WPA password must contain 8 to 63 UTF-8 bytes.";
+    const std::vector<Row> rows{
+        {u""_s, Security::Open, u""_s, no_name},
+        {u""_s, Security::Personal, u"password"_s, no_name},
+        {u""_s, Security::Unsupported, u"short"_s, no_name},
+        {u"Home2"_s, Security::Unsupported, u"password"_s, no_way},
+        {u"Home2"_s, Security::Unsupported, u"short"_s, no_way},
+        {u"Home2"_s, Security::Personal, u""_s, no_password},
+        {u"Home2"_s, Security::Personal, u"1234567"_s, no_password},
+        {u"Home2"_s, Security::Personal, u"123456\n"_s, no_password},
+        {u"Home2"_s, Security::Personal, u"éé123"_s, no_password},
+        {u"Home2"_s, Security::Personal, QString(64, u'x'), no_password},
+        {u"Home2"_s, Security::Personal, QString(32, u'é'), no_password},
+        {u"Home2"_s, Security::Personal, QString(32, u'☕'), no_password},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(error_of([&] { client.connect_new(row.ssid, row.security, row.password, 0); }),
+                  row.error);
+    EXPECT_THAT(supplicant.requests(), IsEmpty());
+}
+
+TEST_F(Connecting, TakesPasswordsOf8To63Bytes)
+{
+    for (const QString& password : {u"12345678"_s, u"éééé"_s, u"☕☕12"_s, QString(63, u'x'),
+                                    QString(21, u'☕'), QString(31, u'é') + u'x'}) {
+        client.connect_new(u"Home2"_s, Security::Personal, password, 0);
+        EXPECT_THAT(supplicant.requests(),
+                    testing::Contains("SET_NETWORK 5 psk \"" + password.toStdString() + '"'));
+    }
+}
+
+TEST_F(Connecting, SendsAnyNameAsHexadecimal)
+{
+    for (const QString& name : {u" "_s, u"a \"b\\"_s, u"Café ☕"_s, QString(40, u'z')}) {
+        client.connect_new(name, Security::Open, u""_s, 0);
+        EXPECT_THAT(supplicant.requests(),
+                    testing::Contains("SET_NETWORK 5 ssid " + name.toUtf8().toHex().toStdString()));
+    }
+}
+
+TEST_F(Connecting, RemovesTheProfileWhenThePasswordHoldsALineEnd)
+{
+    for (const char16_t forbidden : {u'\n', u'\r', u'\0'})
+        EXPECT_EQ(error_of([&] {
+                      client.connect_new(u"Home"_s, Security::Personal, u"password"_s + forbidden,
+                                         60000);
+                  }),
+                  "Wi-Fi passwords cannot contain NUL or newline characters.");
+    Lines expected;
+    for (int i = 0; i < 3; ++i)
+        expected.insert(expected.end(),
+                        {"ADD_NETWORK", "SET_NETWORK 5 ssid 486f6d65",
+                         "SET_NETWORK 5 key_mgmt WPA-PSK", "REMOVE_NETWORK 5"});
+    EXPECT_EQ(supplicant.requests(), expected);
+}
+
+TEST_F(Connecting, StopsWithoutAProfileId)
+{
+    const std::vector<std::string> replies{"FAIL\n", "",      "\n",    "OK\n",         "-1\n",
+                                           "5x\n",   "0x5\n", "5 6\n", "2147483648\n", "5.0\n"};
+    for (const std::string& bad : replies) {
+        supplicant.on("ADD_NETWORK", {reply(bad)});
+        EXPECT_EQ(error_of([&] { client.connect_new(u"Home2"_s, Security::Open, u""_s, 0); }),
+                  "wpa_supplicant did not create a network profile.")
+            << bad;
+    }
+    EXPECT_EQ(supplicant.requests(), Lines(replies.size(), "ADD_NETWORK"));
+}
+
+TEST_F(Connecting, TakesProfile0)
+{
+    supplicant.on("ADD_NETWORK", {reply("0\n")});
+    client.connect_new(u"Home"_s, Security::Open, u""_s, 0);
+    EXPECT_THAT(supplicant.requests(),
+                ElementsAre("ADD_NETWORK", "SET_NETWORK 0 ssid 486f6d65",
+                            "SET_NETWORK 0 key_mgmt NONE", "ENABLE_NETWORK 0", "SELECT_NETWORK 0",
+                            "SAVE_CONFIG"));
+}
+
+TEST_F(Connecting, RemovesTheProfileWhenTheTimeIsUp)
+{
+    EXPECT_EQ(error_of([&] { client.connect_new(u"Home"_s, Security::Open, u"password"_s, 300); }),
+              "Timed out connecting to Home.");
+    EXPECT_THAT(without_repetitions(supplicant.requests()),
+                ElementsAre("ADD_NETWORK", "SET_NETWORK 5 ssid 486f6d65",
+                            "SET_NETWORK 5 key_mgmt NONE", "ENABLE_NETWORK 5", "SELECT_NETWORK 5",
+                            "STATUS", "REMOVE_NETWORK 5"));
+}
+
+TEST_F(Connecting, LeavesTheSelectionWhenTheTimeIsUp)
+{
+    EXPECT_EQ(error_of([&] { client.connect_saved(2, u"Home2"_s, 300); }),
+              "Timed out connecting to Home2.");
+    EXPECT_THAT(without_repetitions(supplicant.requests()),
+                ElementsAre("SELECT_NETWORK 2", "STATUS"));
+}
+
+TEST_F(Connecting, NamesTheNetworkAsItIsGiven)
+{
+    EXPECT_EQ(error_of([&] { client.connect_saved(2, u"%1 %2 Café"_s, 1); }),
+              "Timed out connecting to %1 %2 Café.");
+}
+
+TEST_F(Connecting, FindsANameOnlyAsItIsPrinted)
+{
+    supplicant.on("STATUS", {reply("ssid=Caf\\xc3\\xa9\nwpa_state=COMPLETED\n")});
+    client.connect_saved(1, u"Caf\\xc3\\xa9"_s, 60000);
+    EXPECT_EQ(error_of([&] { client.connect_saved(1, u"Café"_s, 300); }),
+              "Timed out connecting to Café.");
+}
+
+TEST_F(Connecting, AsksEvery400Milliseconds)
+{
+    supplicant.on("STATUS", {reply(idle_status), reply(idle_status), reply(home2_status)});
+    const auto duration = duration_of([&] { client.connect_saved(0, u"Home2"_s, 60000); });
+    EXPECT_EQ(polls(), 3);
+    EXPECT_GE(duration, 800ms);
+    EXPECT_LT(duration, 8s);
+}
+
+TEST_F(Connecting, AsksForTheFirstTimeAtOnce)
+{
+    supplicant.on("STATUS", {reply(home2_status)});
+    const auto duration = duration_of([&] {
+        for (int i = 0; i < 15; ++i)
+            client.connect_saved(0, u"Home2"_s, 60000);
+    });
+    EXPECT_LT(duration, 15 * 400ms);
+}
+
+TEST_F(Connecting, GivesUpOnlyWhenTheTimeIsUp)
+{
+    const auto duration = duration_of(
+        [&] { EXPECT_ANY_THROW(client.connect_saved(0, u"Home2"_s, 1500)); });
+    EXPECT_GE(duration, 1500ms);
+    EXPECT_GE(polls(), 2);
+    EXPECT_LE(polls(), 4);
+}
+
+TEST_F(Connecting, WaitsForTheStateAndTheNameExactly)
+{
+    std::vector<Answer> answers;
+    for (const std::string& status :
+         {idle_status, "ssid=Home2\nwpa_state=4WAY_HANDSHAKE\n"s,
+          "ssid=Cafe\nid=0\nwpa_state=COMPLETED\n"s, "ssid=home2\nwpa_state=COMPLETED\n"s,
+          "ssid=Home22\nwpa_state=COMPLETED\n"s, "ssid=Home\nwpa_state=COMPLETED\n"s,
+          "id=0\nwpa_state=COMPLETED\n"s, "ssid=Home2\nid=0\nwpa_state=completed\n"s,
+          "wpa_state=COMPLETED\r\nssid=Home2\nid=0\n"s, "FAIL\n"s, ""s, home2_status})
+        answers.push_back(reply(status));
+    supplicant.on("STATUS", answers);
+    client.connect_saved(0, u"Home2"_s, 60000);
+    EXPECT_EQ(supplicant.requests().size(), 1 + answers.size());
+}
+
+TEST_F(Connecting, ReportsTheFirstErrorHoweverTheRemovalFails)
+{
+    const std::string error = "Could not enable Wi-Fi network: FAIL";
+    const auto fail = [this] { client.connect_new(u"Home"_s, Security::Open, u""_s, 60000); };
+    supplicant.on("ENABLE_NETWORK", {reply("FAIL\n")});
+    supplicant.on("REMOVE_NETWORK", {reply("no way\n"), silence()});
+    EXPECT_EQ(error_of(fail), error);
+    EXPECT_EQ(error_of(fail), error);
+    const Lines requests = supplicant.requests();
+    EXPECT_EQ(std::ranges::count(requests, "REMOVE_NETWORK 5"), 2);
+    EXPECT_EQ(requests.back(), "REMOVE_NETWORK 5");
+
+    supplicant.on("ENABLE_NETWORK", {last_reply("FAIL\n")});
+    EXPECT_EQ(error_of(fail), error);
+}
+
+TEST_F(Connecting, ReportsTheTimeOutWhenTheSupplicantDiesOverARequest)
+{
+    supplicant.on("ENABLE_NETWORK", {death()});
+    EXPECT_EQ(error_of([this] { client.connect_new(u"Home"_s, Security::Open, u""_s, 60000); }),
+              timed_out);
+}
+
+struct Budget {
+    std::string name;
+    std::optional<std::string> variable;
+    int timeout_ms;
+    std::optional<int> polls; ///< None when the time is up before the second.
+};
+
+class ConnectTimeout : public WithSupplicant, public testing::WithParamInterface<Budget> { };
+
+TEST_P(ConnectTimeout, ComesFromTheEnvironmentOrTheCaller)
+{
+    const Variable timeout(connect_timeout_variable, GetParam().variable);
+    const std::function<void()> connects[] = {
+        [&] { client.connect_saved(0, u"Home2"_s, GetParam().timeout_ms); },
+        [&] { client.connect_new(u"Home2"_s, Security::Open, u""_s, GetParam().timeout_ms); }};
+    for (const auto& connect : connects) {
+        const auto before = polls();
+        supplicant.on("STATUS", {reply(idle_status), reply(home2_status)});
+        const std::string error = error_of(connect);
+        if (GetParam().polls) {
+            EXPECT_EQ(error, "no error");
+            EXPECT_EQ(polls() - before, *GetParam().polls);
+        } else {
+            EXPECT_EQ(error, "Timed out connecting to Home2.");
+            EXPECT_LE(polls() - before, 1);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , ConnectTimeout,
+    testing::Values(Budget{"Unset", {}, 60000, 2}, Budget{"UnsetAndShort", {}, 200, {}},
+                    Budget{"UnsetAndZero", {}, 0, 0}, Budget{"UnsetAndNegative", {}, -5, 0},
+                    Budget{"Empty", "", 60000, 2}, Budget{"Word", "abc", 60000, 2},
+                    Budget{"Negative", "-1", 60000, 2}, Budget{"Zero", "0", 60000, 0},
+                    Budget{"Shorter", "200", 60000, {}}, Budget{"Hexadecimal", "0x10", 60000, {}},
+                    Budget{"LongerThanZero", "60000", 0, 2},
+                    Budget{"LongerThanNegative", "60000", -1, 2}),
+    by_name<Budget>);
+
+class Forgetting : public WithSupplicant { };
+
+TEST_F(Forgetting, NeedsAProfileOfExactlyThatName)
+{
+    supplicant.on("SCAN_RESULTS", {reply(scan_table)});
+    supplicant.on("LIST_NETWORKS", {reply(saved_table + "-1\tNegative\tany\t\n")});
+    supplicant.on("STATUS", {reply(home2_status)});
+    const Lines names{"Cafe", "home2", "Home", "Home2 ", "Negative", "Café du Nord ☕", "%1 %2", ""};
+    for (const std::string& name : names) {
+        const QString ssid = QString::fromStdString(name);
+        EXPECT_EQ(error_of([&] { client.forget(ssid); }), name + " is not a saved network.");
+    }
+    Lines expected;
+    for (size_t i = 0; i < names.size(); ++i)
+        expected.insert(expected.end(), {"LIST_NETWORKS", "STATUS"});
+    EXPECT_EQ(supplicant.requests(), expected);
+}
+
+TEST_F(Forgetting, FindsNothingInAnErrorReply)
+{
+    supplicant.on("LIST_NETWORKS", {reply("FAIL\n")});
+    EXPECT_EQ(error_of([&] { client.forget(u"Home2"_s); }), "Home2 is not a saved network.");
+}
+
+TEST_F(Forgetting, RemovesTheProfileListedLast)
+{
+    supplicant.on("LIST_NETWORKS",
+                  {reply("network id / ssid / bssid / flags\n"
+                         "0\tTwins\t02:00:00:00:0b:00\t[CURRENT]\n3\tTwins\tany\t[DISABLED]\n"
+                         "4\tOther\tany\t[DISABLED]\n"),
+                   reply("0\tTwins\t02:00:00:00:0b:00\t[CURRENT]\n4\tOther\tany\t\n")});
+    client.forget(u"Twins"_s);
+    client.forget(u"Twins"_s);
+    EXPECT_THAT(supplicant.requests(),
+                ElementsAre("LIST_NETWORKS", "STATUS", "REMOVE_NETWORK 3", "SAVE_CONFIG",
+                            "LIST_NETWORKS", "STATUS", "REMOVE_NETWORK 0", "SAVE_CONFIG"));
+}
+
+TEST_F(Forgetting, DoesNotNeedAStatus)
+{
+    supplicant.on("LIST_NETWORKS", {reply(saved_table)});
+    supplicant.on("STATUS", {reply("FAIL\n")});
+    client.forget(u"Caf\\xc3\\xa9 du Nord \\xe2\\x98\\x95"_s);
+    EXPECT_THAT(supplicant.requests(),
+                ElementsAre("LIST_NETWORKS", "STATUS", "REMOVE_NETWORK 1", "SAVE_CONFIG"));
+}
