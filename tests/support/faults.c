@@ -2,13 +2,17 @@
 // Copyright (c) The corvane-wifi authors
 
 // Preloaded into the program under test: makes one system call fail, as CORVANE_TEST_FAULT says
-// in "CALL NTH ERROR". From the NTH call of that name on, each one fails with errno ERROR; with
-// ERROR 0, send() takes a byte less than it got and poll() times out. close() and unlink() work,
-// and leave an errno of their own behind, as they may.
+// in "CALL NTH ERROR". The NTH call of that name fails with errno ERROR; with ERROR 0, send()
+// takes a byte less than it got and poll() times out; with ERROR -N, signal N is raised and the
+// call does its work. Only calls that the program itself must mean are counted: local datagram
+// sockets, standard input, the signals that end a program. With "setlocale", Qt warns at start, as
+// some builds of it do of their own accord about a locale that is not UTF-8. close() and unlink()
+// work, and leave an errno of their own behind, as they may.
 
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
+#include <locale.h>
 #include <poll.h>
 #include <signal.h>
 #include <stdio.h>
@@ -29,7 +33,12 @@ static int fault_in(const char* call)
     int error = 0;
     if (fault == NULL || sscanf(fault, "%31s %d %d", name, &nth, &error) != 3)
         return -1;
-    return strcmp(name, call) == 0 && ++calls >= nth ? error : -1;
+    if (strcmp(name, call) != 0 || ++calls != nth)
+        return -1;
+    if (error >= 0)
+        return error;
+    raise(-error);
+    return -1;
 }
 
 static int failed(const char* call)
@@ -49,7 +58,8 @@ static void* real(const char* name)
 int socket(int domain, int type, int protocol)
 {
     int (*const call)(int, int, int) = real("socket");
-    return failed("socket") ? -1 : call(domain, type, protocol);
+    const int ours = domain == AF_UNIX && type == SOCK_DGRAM;
+    return ours && failed("socket") ? -1 : call(domain, type, protocol);
 }
 
 int bind(int descriptor, const struct sockaddr* address, socklen_t length)
@@ -74,17 +84,21 @@ ssize_t send(int descriptor, const void* bytes, size_t size, int flags)
 {
     ssize_t (*const call)(int, const void*, size_t, int) = real("send");
     const int error = fault_in("send");
-    if (error > 0) {
-        errno = error;
-        return -1;
-    }
-    return call(descriptor, bytes, error == 0 ? size - 1 : size, flags);
+    if (error < 0)
+        return call(descriptor, bytes, size, flags);
+    const ssize_t sent = error == 0 ? call(descriptor, bytes, size - 1, flags) : -1;
+    errno = error;
+    return sent;
 }
 
 int poll(struct pollfd* descriptors, nfds_t count, int timeout)
 {
     int (*const call)(struct pollfd*, nfds_t, int) = real("poll");
-    const int error = fault_in("poll");
+    struct sockaddr address;
+    socklen_t length = sizeof(address);
+    const int ours = count == 1 && getsockname(descriptors[0].fd, &address, &length) == 0
+        && address.sa_family == AF_UNIX;
+    const int error = ours ? fault_in("poll") : -1;
     if (error < 0)
         return call(descriptors, count, timeout);
     errno = error;
@@ -100,19 +114,37 @@ ssize_t recv(int descriptor, void* buffer, size_t size, int flags)
 int tcgetattr(int descriptor, struct termios* settings)
 {
     int (*const call)(int, struct termios*) = real("tcgetattr");
-    return failed("tcgetattr") ? -1 : call(descriptor, settings);
+    const int ours = descriptor == STDIN_FILENO;
+    return ours && failed("tcgetattr") ? -1 : call(descriptor, settings);
 }
 
 int tcsetattr(int descriptor, int when, const struct termios* settings)
 {
     int (*const call)(int, int, const struct termios*) = real("tcsetattr");
-    return failed("tcsetattr") ? -1 : call(descriptor, when, settings);
+    const int ours = descriptor == STDIN_FILENO;
+    return ours && failed("tcsetattr") ? -1 : call(descriptor, when, settings);
 }
 
 int sigaction(int signal, const struct sigaction* action, struct sigaction* old)
 {
     int (*const call)(int, const struct sigaction*, struct sigaction*) = real("sigaction");
-    return failed("sigaction") ? -1 : call(signal, action, old);
+    const int ours = signal == SIGHUP || signal == SIGINT || signal == SIGQUIT || signal == SIGTERM;
+    return ours && failed("sigaction") ? -1 : call(signal, action, old);
+}
+
+char* setlocale(int category, const char* locale)
+{
+    char* (*const call)(int, const char*) = real("setlocale");
+    // QMessageLogger::warning(const char*, ...) const, and the members it is called on.
+    void (*const warn)(const void*, const char*, ...) = dlsym(RTLD_DEFAULT,
+                                                              "_ZNK14QMessageLogger7warningEPKcz");
+    const struct {
+        int version, line;
+        const char *file, *function, *category;
+    } logger = {2, 0, NULL, NULL, "default"};
+    if (failed("setlocale"))
+        warn(&logger, "Detected locale \"%s\"", "C");
+    return call(category, locale);
 }
 
 int close(int descriptor)
@@ -129,4 +161,16 @@ int unlink(const char* path)
     const int result = call(path);
     errno = EDOM;
     return result;
+}
+
+void _exit(int status)
+{
+    fault_in("_exit");
+    // Without this, a program that is counted for coverage loses its counters here.
+    void (*const dump)(void) = dlsym(RTLD_DEFAULT, "__gcov_dump");
+    if (dump != NULL)
+        dump();
+    void (*const call)(int) = real("_exit");
+    call(status);
+    abort();
 }

@@ -7,16 +7,23 @@
 #include <glob.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/ioctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utmp.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <fstream>
+#include <sstream>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
+#include <tuple>
 
 namespace {
 
@@ -25,8 +32,13 @@ constexpr std::chrono::seconds patience(30);
 /// Made before the fork: a child of a process with threads must not allocate.
 class Invocation {
 public:
-    Invocation(const std::vector<std::string>& arguments, const Environment& environment)
+    Invocation(const std::vector<std::string>& arguments, Environment environment,
+               Preparation prepare)
+        : prepare_(prepare)
     {
+        // For its _exit(), where coverage is counted.
+        if (getenv("CORVANE_TEST_PRELOAD") != nullptr)
+            environment.emplace("LD_PRELOAD", FAULTS_LIBRARY);
         words_.push_back(CORVANE_WIFI);
         words_.insert(words_.end(), arguments.begin(), arguments.end());
         for (const auto& [name, value] : environment)
@@ -37,6 +49,16 @@ public:
 
     [[noreturn]] void execute()
     {
+        // Whatever ran the tests may have ignored or blocked some.
+        for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE})
+            std::signal(signal, SIG_DFL);
+        sigset_t none;
+        sigemptyset(&none);
+        sigprocmask(SIG_SETMASK, &none, nullptr);
+        const rlimit no_core{0, 0};
+        setrlimit(RLIMIT_CORE, &no_core);
+        if (prepare_ != nullptr)
+            prepare_();
         execve(argv_[0], argv_.data(), envp_.data());
         _exit(127);
     }
@@ -55,6 +77,7 @@ private:
     std::vector<std::string> settings_;
     std::vector<char*> argv_;
     std::vector<char*> envp_;
+    Preparation prepare_;
 };
 
 std::vector<std::string> files_left_by(pid_t pid)
@@ -103,6 +126,13 @@ std::string read_all(int descriptor)
     return result;
 }
 
+/// What a sanitizer was told from outside, ready for one option more.
+std::string options_before(const char* name)
+{
+    const char* options = getenv(name);
+    return options == nullptr ? "" : std::string(options) + ':';
+}
+
 } // namespace
 
 std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
@@ -117,14 +147,14 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
 Environment environment_for(const std::string& socket, const Environment& more)
 {
     Environment result = more;
-    for (const char* inherited : { "ASAN_OPTIONS", "TSAN_OPTIONS", "GCOV_PREFIX" })
+    for (const char* inherited : {"ASAN_OPTIONS", "TSAN_OPTIONS", "GCOV_PREFIX"})
         if (const char* value = getenv(inherited))
             result.emplace(inherited, value);
     result.merge(Environment{
-        { "CORVANE_WPA_SOCKET", socket },
-        { "CORVANE_WIFI_SCAN_DELAY_MS", "0" },
-        { "CORVANE_WIFI_CONNECT_TIMEOUT_MS", "200" },
-        { "LC_ALL", "C" },
+        {"CORVANE_WPA_SOCKET", socket},
+        {"CORVANE_WIFI_SCAN_DELAY_MS", "0"},
+        {"CORVANE_WIFI_CONNECT_TIMEOUT_MS", "200"},
+        {"LC_ALL", "C"},
     });
     return result;
 }
@@ -132,19 +162,67 @@ Environment environment_for(const std::string& socket, const Environment& more)
 Environment fault(const std::string& call, int error, int nth)
 {
     return {
-        { "LD_PRELOAD", FAULTS_LIBRARY },
-        { "CORVANE_TEST_FAULT", call + ' ' + std::to_string(nth) + ' ' + std::to_string(error) },
-        { "ASAN_OPTIONS", "verify_asan_link_order=0" },
+        {"LD_PRELOAD", FAULTS_LIBRARY},
+        {"CORVANE_TEST_FAULT", call + ' ' + std::to_string(nth) + ' ' + std::to_string(error)},
+        {"ASAN_OPTIONS", options_before("ASAN_OPTIONS") + "verify_asan_link_order=0"},
+        // Looking up the real call is not fit for a signal handler, but works.
+        {"TSAN_OPTIONS", options_before("TSAN_OPTIONS") + "report_signal_unsafe=0"},
     };
 }
 
+std::ostream& operator<<(std::ostream& stream, const Dispositions& dispositions)
+{
+    return stream << std::hex << "ignored " << dispositions.ignored << ", caught "
+                  << dispositions.caught << std::dec;
+}
+
+std::uint64_t signal_set(const std::vector<int>& signals)
+{
+    std::uint64_t result = 0;
+    for (const int signal : signals)
+        result |= std::uint64_t{1} << (signal - 1);
+    return result;
+}
+
+Dispositions dispositions_of(pid_t pid)
+{
+    const std::uint64_t real_time = ~std::uint64_t{0} << 31;
+    const std::uint64_t unlooked = real_time
+        | signal_set({SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP});
+    std::istringstream lines(process_file(pid, "status"));
+    Dispositions result;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with("SigIgn:"))
+            result.ignored = std::stoull(line.substr(7), nullptr, 16) & ~unlooked;
+        if (line.starts_with("SigCgt:"))
+            result.caught = std::stoull(line.substr(7), nullptr, 16) & ~unlooked;
+    }
+    return result;
+}
+
+std::string process_file(pid_t pid, const std::string& name)
+{
+    std::ifstream file("/proc/" + std::to_string(pid) + '/' + name);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void wait_until(const std::string& what, const std::function<bool()>& condition)
+{
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline)
+            throw std::runtime_error("waited in vain until " + what);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
 Outcome run(const std::vector<std::string>& arguments, const Environment& environment,
-            const std::string& input)
+            const std::string& input, Preparation prepare)
 {
     Pipe in;
     Pipe out;
     Pipe err;
-    Invocation invocation(arguments, environment);
+    Invocation invocation(arguments, environment, prepare);
     const pid_t pid = fork();
     if (pid == 0) {
         dup2(in.ends[0], STDIN_FILENO);
@@ -169,13 +247,23 @@ Outcome run(const std::vector<std::string>& arguments, const Environment& enviro
     return outcome;
 }
 
-Terminal::Terminal(const std::vector<std::string>& arguments, const Environment& environment)
+bool operator==(const termios& left, const termios& right)
+{
+    const auto flags = [](const termios& settings) {
+        return std::tuple(settings.c_iflag, settings.c_oflag, settings.c_cflag, settings.c_lflag,
+                          cfgetispeed(&settings), cfgetospeed(&settings));
+    };
+    return flags(left) == flags(right) && std::ranges::equal(left.c_cc, right.c_cc);
+}
+
+Terminal::Terminal(const std::vector<std::string>& arguments, const Environment& environment,
+                   Preparation prepare)
 {
     if (openpty(&master_, &slave_, nullptr, nullptr, nullptr) != 0)
         throw std::system_error(errno, std::generic_category(), "openpty");
     fcntl(master_, F_SETFD, FD_CLOEXEC);
     fcntl(slave_, F_SETFD, FD_CLOEXEC);
-    Invocation invocation(arguments, environment);
+    Invocation invocation(arguments, environment, prepare);
     pid_ = fork();
     if (pid_ == 0) {
         login_tty(dup(slave_));
@@ -200,6 +288,11 @@ termios Terminal::settings() const
     return result;
 }
 
+void Terminal::set(const termios& settings)
+{
+    tcsetattr(slave_, TCSANOW, &settings);
+}
+
 bool Terminal::echoes() const
 {
     return (settings().c_lflag & ECHO) != 0;
@@ -211,9 +304,24 @@ void Terminal::type(const std::string& keys)
         throw std::system_error(errno, std::generic_category(), "write");
 }
 
+size_t Terminal::waiting() const
+{
+    int size = 0;
+    ioctl(slave_, FIONREAD, &size);
+    return static_cast<size_t>(size);
+}
+
+std::string Terminal::unread() const
+{
+    std::string result(waiting(), '\0');
+    if (!result.empty())
+        result.resize(static_cast<size_t>(read(slave_, result.data(), result.size())));
+    return result;
+}
+
 bool Terminal::read_some(int timeout_ms)
 {
-    pollfd waiting{ master_, POLLIN, 0 };
+    pollfd waiting{master_, POLLIN, 0};
     if (poll(&waiting, 1, timeout_ms) <= 0)
         return false;
     std::array<char, 4096> buffer;
@@ -225,22 +333,35 @@ bool Terminal::read_some(int timeout_ms)
 
 void Terminal::wait_for(const std::string& text)
 {
-    const auto deadline = std::chrono::steady_clock::now() + patience;
-    while (screen_.find(text) == std::string::npos) {
-        read_some(100);
-        if (std::chrono::steady_clock::now() > deadline)
-            throw std::runtime_error("no \"" + text + "\" in: " + screen_);
-    }
+    wait_until("the screen holds \"" + text + '"', [&] {
+        return screen_.find(text) != std::string::npos || (read_some(100) && false);
+    });
 }
 
 void Terminal::wait_for_echo(bool on)
 {
-    const auto deadline = std::chrono::steady_clock::now() + patience;
-    while (echoes() != on) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        if (std::chrono::steady_clock::now() > deadline)
-            throw std::runtime_error("echo stayed as it was");
-    }
+    wait_until(on ? "echo is on" : "echo is off", [&] { return echoes() == on; });
+}
+
+void Terminal::wait_until_typed() const
+{
+    wait_until("a line has been typed", [this] { return waiting() > 0; });
+}
+
+void Terminal::wait_until_reading() const
+{
+    const std::string reading = std::to_string(SYS_read) + " 0x0 ";
+    wait_until("standard input is read",
+               [&] { return process_file(pid_, "syscall").starts_with(reading); });
+}
+
+void Terminal::wait_until_stopped() const
+{
+    wait_until("the program has stopped", [this] {
+        siginfo_t stopped{};
+        waitid(P_PID, static_cast<id_t>(pid_), &stopped, WSTOPPED | WNOHANG);
+        return stopped.si_pid == pid_;
+    });
 }
 
 Outcome Terminal::finish()
@@ -253,7 +374,7 @@ Outcome Terminal::finish()
         waitid(P_PID, static_cast<id_t>(pid_), &ended, WEXITED | WNOHANG | WNOWAIT);
     } while (ended.si_pid == 0);
     while (read_some(0)) { }
-    Outcome outcome{ wait_for_end(pid_), screen_, "", files_left_by(pid_) };
+    Outcome outcome{wait_for_end(pid_), screen_, "", files_left_by(pid_)};
     pid_ = -1;
     return outcome;
 }

@@ -8,6 +8,8 @@
 #include <sys/types.h>
 #include <termios.h>
 
+#include <cstdint>
+#include <functional>
 #include <map>
 #include <ostream>
 #include <string>
@@ -31,18 +33,44 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
 /// connections, LC_ALL=C, and what `more` sets on top.
 Environment environment_for(const std::string& socket, const Environment& more = {});
 
+/// Called in the new process just before it becomes the program, where only async-signal-safe
+/// functions may be used.
+using Preparation = void (*)();
+
 /// Runs the program to its end with `input` on a pipe as standard input.
 Outcome run(const std::vector<std::string>& arguments, const Environment& environment,
-            const std::string& input = {});
+            const std::string& input = {}, Preparation prepare = nullptr);
 
-/// Makes system calls of the program fail from the `nth` on (1 is the first), see faults.c:
-/// `fault("bind", ENOSPC)`. An error of 0 makes send() short and poll() time out.
+/// Makes the `nth` system call of that name fail (1 is the first), see faults.c:
+/// `fault("bind", ENOSPC)`. An error of 0 makes send() short and poll() time out; one of -N
+/// raises signal N just before the call, which then does its work.
 Environment fault(const std::string& call, int error, int nth = 1);
+
+/// Signals of a process, signal n as the bit n - 1, without those that sanitizers take.
+struct Dispositions {
+    std::uint64_t ignored = 0;
+    std::uint64_t caught = 0;
+
+    bool operator==(const Dispositions&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Dispositions& dispositions);
+Dispositions dispositions_of(pid_t pid);
+std::uint64_t signal_set(const std::vector<int>& numbers);
+
+/// What stands in /proc/PID/`name`.
+std::string process_file(pid_t pid, const std::string& name);
+
+/// Waits until `condition` holds. Throws after 30 s without, naming `what`.
+void wait_until(const std::string& what, const std::function<bool()>& condition);
+
+bool operator==(const termios& left, const termios& right);
 
 /// The program at a pseudo-terminal of its own, which is its standard input, output and error.
 class Terminal {
 public:
-    Terminal(const std::vector<std::string>& arguments, const Environment& environment);
+    Terminal(const std::vector<std::string>& arguments, const Environment& environment,
+             Preparation prepare = nullptr);
     ~Terminal(); ///< Ends the program if it still runs.
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
@@ -52,17 +80,26 @@ public:
         return pid_;
     }
     termios settings() const; ///< As they are now.
+    void set(const termios& settings);
     bool echoes() const;
+    std::string unread() const; ///< Takes the line that waits for a reader, if any.
 
     void type(const std::string& keys);
     /// Reads until the screen ends in `text`, or holds it. Throws after 30 s without.
     void wait_for(const std::string& text);
     /// Waits until echo is as asked. Throws after 30 s.
     void wait_for_echo(bool on);
+    /// Waits until a whole line waits for a reader: it takes its time. Throws after 30 s.
+    void wait_until_typed() const;
+    /// Waits until the program sleeps in a read of its standard input. Throws after 30 s.
+    void wait_until_reading() const;
+    /// Waits until SIGSTOP has taken effect. Throws after 30 s.
+    void wait_until_stopped() const;
     /// Waits for the end: the screen in `out` with "\r\n" line ends, `err` empty.
     Outcome finish();
 
 private:
+    size_t waiting() const; ///< Bytes in whole lines that nobody has read.
     bool read_some(int timeout_ms);
 
     pid_t pid_ = -1;
