@@ -38,6 +38,11 @@ struct Switches {
     bool yes;
 };
 
+std::ostream& operator<<(std::ostream& stream, const QString& text)
+{
+    return stream << text.toStdString();
+}
+
 // Terminal input. Only what restore_echo_and_exit() needs is shared with it.
 
 constexpr std::array handled_signals = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
@@ -109,7 +114,7 @@ private:
 QString input_line(const QString& prompt, bool hidden)
 {
     // std::cerr is tied to std::cout: what was printed there is out before the prompt.
-    std::cerr << prompt.toStdString() << std::flush;
+    std::cerr << prompt << std::flush;
     const EchoGuard guard(hidden);
     std::string line;
     std::getline(std::cin, line);
@@ -135,7 +140,7 @@ void usage()
                  "forgetting a network deliberately updates the firmware Wi-Fi file once.\n";
 }
 
-void print_success(const std::string& sentence, bool as_json)
+void print_success(const QString& sentence, bool as_json)
 {
     if (as_json)
         std::cout << "{\"ok\":true}\n";
@@ -174,8 +179,8 @@ void print_networks(const std::vector<Network>& items, bool as_json)
     }
     int number = 0;
     for (const Network& item : items) {
-        std::cout << ++number << ". " << (item.current ? "* " : "  ") << item.ssid.toStdString()
-                  << "  [" << Client::security_name(item.security).toStdString() << ", ";
+        std::cout << ++number << (item.current ? ". * " : ".   ") << item.ssid << "  ["
+                  << Client::security_name(item.security) << ", ";
         if (item.signal > -100)
             std::cout << item.signal << " dBm";
         else
@@ -198,9 +203,8 @@ void run_status(const Client& client, const QStringList&, const Switches& switch
         print_json(QJsonDocument(object));
         return;
     }
-    std::cout << "State: " << status.state.toStdString()
-              << "\nNetwork: " << status.ssid.toStdString()
-              << "\nAddress: " << status.address.toStdString() << '\n';
+    std::cout << "State: " << status.state << "\nNetwork: " << status.ssid
+              << "\nAddress: " << status.address << '\n';
 }
 
 void run_list(const Client& client, const QStringList& operands, const Switches& switches)
@@ -236,7 +240,7 @@ void run_pick(const Client& client, const QStringList& operands, const Switches&
             password = input_line(u"Wi-Fi password: "_s, true);
         client.connect_new(item.ssid, item.security, password, connect_timeout_ms);
     }
-    print_success("Connected to " + item.ssid.toStdString() + '.', false);
+    print_success(u"Connected to "_s + item.ssid + '.', false);
 }
 
 const Network& find_network(const std::vector<Network>& items, const QString& ssid)
@@ -265,7 +269,7 @@ void run_connect(const Client& client, const QStringList& operands, const Switch
         throw std::runtime_error("Use --password-stdin so the password does not enter shell "
                                  "history, or --open for an open network.");
     }
-    print_success("Connected to " + ssid.toStdString() + '.', switches.as_json);
+    print_success(u"Connected to "_s + ssid + '.', switches.as_json);
 }
 
 void run_disconnect(const Client& client, const QStringList& operands, const Switches& switches)
@@ -273,7 +277,7 @@ void run_disconnect(const Client& client, const QStringList& operands, const Swi
     if (!operands.isEmpty())
         throw std::runtime_error("disconnect takes no arguments.");
     client.disconnect();
-    print_success("Wi-Fi disconnected.", switches.as_json);
+    print_success(u"Wi-Fi disconnected."_s, switches.as_json);
 }
 
 void run_forget(const Client& client, const QStringList& operands, const Switches& switches)
@@ -282,8 +286,10 @@ void run_forget(const Client& client, const QStringList& operands, const Switche
         throw std::runtime_error("Forgetting writes the saved Wi-Fi file. Use: corvane-wifi "
                                  "forget --yes SSID");
     client.forget(operands.first());
-    print_success("Forgot " + operands.first().toStdString() + '.', switches.as_json);
+    print_success(u"Forgot "_s + operands.first() + '.', switches.as_json);
 }
+
+void ignore_message(QtMsgType, const QMessageLogContext&, const QString&) { }
 
 bool asks_for_help(const QString& word)
 {
@@ -313,8 +319,7 @@ void run_action(const QString& action, const Client& client, const QStringList& 
 int main(int argc, char** argv)
 {
     // Some Qt builds warn about a locale that is not UTF-8. Text is UTF-8 here in any locale.
-    const QtMessageHandler print_message = qInstallMessageHandler(
-        [](QtMsgType, const QMessageLogContext&, const QString&) {});
+    const QtMessageHandler print_message = qInstallMessageHandler(ignore_message);
     const QCoreApplication app(argc, argv);
     qInstallMessageHandler(print_message);
     try {
