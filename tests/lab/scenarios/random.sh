@@ -1,0 +1,104 @@
+# SPDX-License-Identifier: MIT
+# Copyright (c) The corvane-wifi authors
+# shellcheck shell=sh disable=SC2154 # from library.sh
+#
+# Two hundred random actions while access points come and go, and what holds after each.
+
+seed=${LAB_SEED:-20240229}
+echo "# random seed $seed"
+chance() { # N: leaves a number below N in $drawn
+    seed=$(((seed * 1103515245 + 12345) % 2147483648))
+    drawn=$((seed / 65536 % $1))
+}
+pick_of() { # WORD...: leaves one of them in $one
+    chance $#
+    shift "$drawn"
+    one=$1
+}
+# Not long enough for a scan: what is in range connects in less, the rest fails soon.
+export CORVANE_WIFI_CONNECT_TIMEOUT_MS=1500 CORVANE_WIFI_SCAN_DELAY_MS=300
+
+# Prints the names in the file, and fails where the file is not what wpa_supplicant writes.
+names() {
+    awk '
+        /^(ctrl_interface|update_config)=./ && !inside { next }
+        /^network=\{$/ && !inside { inside = 1; name = ""; key = 0; next }
+        /^\tssid="[^"]+"$/ && inside { name = substr($0, 8, length($0) - 8); next }
+        /^\tpsk="[^"]+"$|^\tkey_mgmt=NONE$/ && inside { key = 1; next }
+        /^\t[a-z_]+=./ && inside { next }
+        /^}$/ && inside && name != "" && key { inside = 0; print name; next }
+        /^$/ { next }
+        { bad = 1 }
+        END { exit bad || inside }' "$conf" | sort
+}
+expected() { printf '%s' "$known" | sort; }
+
+known='' # a line for each network that was added and connected, and not forgotten since
+password() {
+    case $1 in
+    Home2 | Mixed | Twins) echo "$1-password" | tr HMT hmt ;;
+    *) echo wrong-password ;;
+    esac
+}
+newline='
+'
+act() {
+    pick_of Cafe Home2 Home2 Mixed Twins Office Nowhere
+    name=$one
+    chance 100
+    if [ "$drawn" -lt 12 ]; then action="list"
+    elif [ "$drawn" -lt 24 ]; then action="list --cached --json"
+    elif [ "$drawn" -lt 34 ]; then action="status"
+    elif [ "$drawn" -lt 44 ]; then action="disconnect"
+    elif [ "$drawn" -lt 62 ]; then action="forget --yes $name"
+    elif [ "$drawn" -lt 70 ]; then action="connect $name"
+    elif [ "$drawn" -lt 78 ]; then action="connect --open $name"
+    else action="connect --password-stdin $name"
+    fi
+    chance 8
+    if [ "$drawn" -eq 0 ]; then echo wrong-password; else password "$name"; fi >/tmp/password
+    # shellcheck disable=SC2086 # an action is words
+    wifi $action </tmp/password
+    case $out in
+    "Connected to "*)
+        connected=$((connected + 1))
+        case $newline$known in *"$newline$name$newline"*) ;; *) known=$known$name$newline ;; esac
+        ;;
+    "Forgot "*)
+        forgot=$((forgot + 1))
+        known=$(printf '%s' "$known" | grep -vx "$name" || true)$newline
+        [ "$known" != "$newline" ] || known=''
+        ;;
+    esac
+    failed=$((failed + status))
+}
+holds() {
+    [ "$status" -le 1 ] && no_sockets_left && inside=$(names) && [ "$inside" = "$(expected)" ]
+}
+
+in_range Cafe Home2 Twins
+connected=0 forgot=0 failed=0 done=0
+while [ "$done" -lt 200 ]; do
+    chance 10
+    if [ "$drawn" -lt 2 ]; then
+        turn=radio_off
+        [ "$drawn" -eq 0 ] || turn=radio_on
+        chance 3
+        $turn $((drawn + 1))
+    fi
+    act
+    done=$((done + 1))
+    if ! holds; then
+        echo "not ok - after action $done, $action"
+        show "exit status $status and errors" "$err"
+        show "added and connected" "$(expected)"
+        show "the file" "$(cat "$conf")"
+        break
+    fi
+    [ $((done % 20)) -ne 0 ] || echo "ok - $done random actions"
+done
+echo "# $connected times connected, $forgot times forgotten, $failed times refused or timed out"
+check "both successes and failures were among them" \
+    [ "$connected" -ge 20 -a "$forgot" -ge 5 -a "$failed" -ge 20 ]
+same "wpa_supplicant reads its file" OK "$(ask reconfigure)"
+same "and finds in it what was added" "$(expected)" "$(profiles | cut -f 2 | sort)"
