@@ -96,9 +96,9 @@ kill_daemon() { # SIGNAL
     wait_for 10 ended "$pid"
 }
 ended() { [ ! -e "/proc/$1" ]; }
-fresh() { # [MORE]: starts anew with an empty list of networks
+fresh() { # starts anew with an empty list of networks
     [ ! -e /run/wpa.pid ] || kill_daemon TERM
-    printf '%s\n' "$base" ${1+"$1"} >"$conf"
+    printf '%s\n' "$base" >"$conf"
     ip addr flush dev wlan0
     start
 }
@@ -109,7 +109,11 @@ scanned() { # NAME...: asks as long as one is missing
         case $results in *"]	$name"*) ;; *) return 1 ;; esac
     done
 }
-in_range() { wait_for 20 scanned "$@" || echo "# not in range: $*"; }
+idle() { ! state_is SCANNING; }
+in_range() {
+    wait_for 20 scanned "$@" || echo "# not in range: $*"
+    wait_for 6 idle || true
+}
 
 # The air: only radios of one group hear each other.
 

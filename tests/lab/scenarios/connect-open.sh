@@ -6,7 +6,7 @@
 
 in_range Cafe
 wifi status
-says "at first there is no connection" 0 "State: $(state)
+says "at first there is no connection" 0 "State: INACTIVE
 Network: 
 Address: "
 wifi connect Cafe
@@ -35,5 +35,6 @@ same "the file holds the profile once" "$base
 network={
 	ssid=\"Cafe\"
 	key_mgmt=NONE
+	mesh_fwding=1
 }" "$(cat "$conf")"
 check "no socket is left" no_sockets_left

@@ -15,7 +15,7 @@ check "the next one is not" [ "$(printf '%s\n' "$out" | wc -l)" -eq 13 ]
 check "a hidden network is never shown" sh -c '! grep -q Attic /tmp/out'
 
 # Names are used as wpa_supplicant prints them.
-export CORVANE_WIFI_CONNECT_TIMEOUT_MS=5000
+export CORVANE_WIFI_CONNECT_TIMEOUT_MS=3500
 join "Café" cafe-password
 says "a name with other than ASCII letters is not found" 1 "" \
     "corvane-wifi: Network was not found. Run corvane-wifi list first."
@@ -52,12 +52,14 @@ network={
 	ssid=\"Home2\"
 	psk=\"home2-password\"
 	key_mgmt=WPA-PSK
+	mesh_fwding=1
 	disabled=1
 }
 
 network={
 	ssid=\"Cafe\"
 	key_mgmt=NONE
+	mesh_fwding=1
 }" "$(cat "$conf")"
 
 join Modern modern-password

@@ -5,6 +5,7 @@
 # At a terminal: the number, and the password that nobody sees.
 
 in_range Home2 Modern Cafe
+export CORVANE_WIFI_SCAN_DELAY_MS=300 # the last scan is good enough
 # The table is the business of another scenario, and so is the number of a name.
 said() { printf '%s\n' "$out" | sed '/^[0-9]*\. /d; s/^\(Network number: .*\]\)[0-9]*$/\1N/'; }
 

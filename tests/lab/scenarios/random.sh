@@ -50,7 +50,11 @@ act() {
     elif [ "$drawn" -lt 24 ]; then action="list --cached --json"
     elif [ "$drawn" -lt 34 ]; then action="status"
     elif [ "$drawn" -lt 44 ]; then action="disconnect"
-    elif [ "$drawn" -lt 62 ]; then action="forget --yes $name"
+    elif [ "$drawn" -lt 50 ]; then action="forget --yes $name"
+    elif [ "$drawn" -lt 62 ]; then
+        # shellcheck disable=SC2086 # names are words
+        pick_of $known Home2
+        name=$one action="forget --yes $one"
     elif [ "$drawn" -lt 70 ]; then action="connect $name"
     elif [ "$drawn" -lt 78 ]; then action="connect --open $name"
     else action="connect --password-stdin $name"
@@ -80,9 +84,9 @@ in_range Cafe Home2 Twins
 connected=0 forgot=0 failed=0 done=0
 while [ "$done" -lt 200 ]; do
     chance 10
-    if [ "$drawn" -lt 2 ]; then
-        turn=radio_off
-        [ "$drawn" -eq 0 ] || turn=radio_on
+    if [ "$drawn" -lt 3 ]; then
+        turn=radio_on
+        [ "$drawn" -gt 0 ] || turn=radio_off
         chance 3
         $turn $((drawn + 1))
     fi

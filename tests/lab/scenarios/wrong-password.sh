@@ -17,6 +17,7 @@ check "no socket is left" no_sockets_left
 wifi connect Home2
 says "the network before can be reached again" 0 "Connected to Home2."
 
+export CORVANE_WIFI_CONNECT_TIMEOUT_MS=5000
 join Mixed short
 says "a password too short is refused" 1 "" \
     "corvane-wifi: A WPA password must contain 8 to 63 UTF-8 bytes."
