@@ -71,15 +71,17 @@ profiles() { ask list_networks | sed 1d; }
 state() { ask status | sed -n 's/^wpa_state=//p'; }
 identity() { stat -c '%i %s %y' "$conf" && sha256sum "$conf"; }
 wait_for() { # SECONDS COMMAND...
-    left=$(($1 * 5))
+    read -r now rest </proc/uptime
+    end=$((${now%.*} + $1))
     shift
     until "$@"; do
-        left=$((left - 1))
-        [ "$left" -gt 0 ] || return 1
         usleep 200000
+        read -r now rest </proc/uptime
+        [ "${now%.*}" -lt "$end" ] || return 1
     done
 }
 answers() { [ "$(ask ping)" = PONG ]; }
+reaches_access_point() { ping -c 1 -W 1 10.66.0.1 >/dev/null; }
 has_address() { ask status | grep -q ^ip_address=; }
 state_is() { [ "$(state)" = "$1" ]; }
 has_profile() { profiles | grep -q "	$1	"; }

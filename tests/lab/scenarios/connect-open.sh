@@ -26,7 +26,7 @@ check "which the access point's network gave out" \
 wifi status --json
 says "status --json has the same" 0 "{\"address\":\"$(ask status | sed -n 's/^ip_address=//p')\",\
 \"saved_id\":0,\"ssid\":\"Cafe\",\"state\":\"COMPLETED\"}"
-check "the access point answers a ping" ping -c 1 -W 5 10.66.0.1
+check "the access point answers a ping" wait_for 10 reaches_access_point
 station=02:00:00:00:00:00
 same "and counts this station" "Station $station" \
     "$(nsenter -t "$(cat /run/air)" -n iw dev wlan1 station dump | grep -o "^Station [0-9:]*")"
