@@ -1,0 +1,16 @@
+# SPDX-License-Identifier: MIT
+# Toolchain of scripts/single-file, for Qt and for the program alike. A native build uses it too:
+# only where CMAKE_SYSTEM_NAME is set does Qt take its tools from the build machine.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR $ENV{CORVANE_ARCH})
+set(CMAKE_C_COMPILER $ENV{CORVANE_TRIPLE}-gcc)
+set(CMAKE_CXX_COMPILER $ENV{CORVANE_TRIPLE}-g++)
+
+# The prefix map keeps the build folder's name out of the file.
+set(flags "-fno-pie -ffunction-sections -fdata-sections -ffile-prefix-map=$ENV{CORVANE_ROOT}=.")
+set(CMAKE_C_FLAGS_INIT "${flags}")
+set(CMAKE_CXX_FLAGS_INIT "${flags}")
+
+# No position independence: armhf's C library has no start file for it in a static program, and
+# without it nothing is relocated at start. Fewer segments are fewer page faults.
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -no-pie -Wl,--gc-sections -Wl,-z,noseparate-code")
