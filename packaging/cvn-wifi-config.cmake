@@ -1,0 +1,4 @@
+# SPDX-License-Identifier: MIT
+include(CMakeFindDependencyMacro)
+find_dependency(Qt6 6.4 COMPONENTS Core)
+include(${CMAKE_CURRENT_LIST_DIR}/cvn-wifi-targets.cmake)

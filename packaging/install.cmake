@@ -1,0 +1,33 @@
+# SPDX-License-Identifier: MIT
+# In two components: program and development.
+include(CMakePackageConfigHelpers)
+
+set(CORVANE_ZSH_COMPLETIONS ${CMAKE_INSTALL_DATADIR}/zsh/site-functions
+    CACHE PATH "Where zsh looks; vendor-completions in a package of Debian's kind")
+
+install(TARGETS corvane-wifi COMPONENT program)
+install(FILES man/corvane-wifi.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
+install(FILES completions/corvane-wifi.bash RENAME corvane-wifi
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
+install(FILES completions/_corvane-wifi DESTINATION ${CORVANE_ZSH_COMPLETIONS} COMPONENT program)
+install(FILES completions/corvane-wifi.fish
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT program)
+install(FILES LICENSE README.md CHANGELOG.md
+        DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/cvn-wifi)
+write_basic_package_version_file(cvn-wifi-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES packaging/cvn-wifi-config.cmake
+              ${CMAKE_CURRENT_BINARY_DIR}/cvn-wifi-config-version.cmake
+        DESTINATION ${package_dir} COMPONENT development)
+install(TARGETS cvn-wifi EXPORT cvn-wifi COMPONENT development)
+install(EXPORT cvn-wifi NAMESPACE cvn:: FILE cvn-wifi-targets.cmake
+        DESTINATION ${package_dir} COMPONENT development)
+install(FILES include/cvn/wifi.hpp
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/cvn COMPONENT development)
+
+# Relative to the file, since a prefix may be named as late as by cmake --install.
+file(RELATIVE_PATH up ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+configure_file(packaging/cvn-wifi.pc.in cvn-wifi.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/cvn-wifi.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
