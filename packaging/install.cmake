@@ -3,7 +3,7 @@
 include(CMakePackageConfigHelpers)
 
 set(CORVANE_ZSH_COMPLETIONS ${CMAKE_INSTALL_DATADIR}/zsh/site-functions
-    CACHE PATH "Where zsh looks; vendor-completions in a package of Debian's kind")
+    CACHE STRING "Where zsh looks; vendor-completions in a package of Debian's kind")
 
 install(TARGETS corvane-wifi COMPONENT program)
 install(FILES man/corvane-wifi.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
