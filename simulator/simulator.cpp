@@ -1,89 +1,68 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-#include <poll.h>
 #include <sys/prctl.h>
-#include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <iterator>
+#include <iostream>
 #include <limits>
 #include <map>
-#include <random>
-#include <set>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
-#include <vector>
 
 namespace {
 
 using std::string;
+using std::string_view;
 
 constexpr long never = std::numeric_limits<long>::max();
 constexpr size_t reply_limit = 4096;
-const string ok = "OK\n", fail = "FAIL\n", unknown = "UNKNOWN COMMAND\n";
+constexpr long scan_time = 1000; // milliseconds, as all times are
+constexpr const char* ok = "OK\n";
+constexpr const char* fail = "FAIL\n";
 
 struct AccessPoint {
-    string bssid;
-    int frequency;
-    int level;
-    string flags;
-    string ssid;
-    string password;
+    string_view bssid;
+    int frequency, level;
+    string_view flags, ssid, password;
+
+    bool is_open() const
+    {
+        return flags == "[ESS]";
+    }
 };
 
-const std::vector<AccessPoint> air{
-    { "02:00:00:00:04:00", 5180, -58, "[WPA2-SAE-CCMP][SAE-H2E][ESS]", "Modern",
-      "modern-password" },
-    { "02:00:00:00:0a:00", 2417, -42, "[WPA2-PSK-CCMP][ESS]", "Twins", "twins-password" },
-    { "02:00:00:00:06:00", 2427, -63, "[WPA2-PSK-CCMP][ESS]", R"(Bob "5G" C:\net)",
-      "bobs-password" },
-    { "02:00:00:00:02:00", 2437, -48, "[WPA2-PSK-CCMP][ESS]", "Home2", "home2-password" },
-    { "02:00:00:00:09:00", 2452, -60, "[WPA2-EAP-CCMP][ESS]", "Office", "" },
-    { "02:00:00:00:03:00", 2462, -52, "[WPA2-PSK+SAE-CCMP][ESS]", "Mixed", "mixed-password" },
-    { "02:00:00:00:05:00", 2422, -66, "[WPA2-PSK-CCMP][ESS][UTF-8]", "Café du Nord",
-      "nord-password" },
-    { "02:00:00:00:07:00", 2442, -77, "[WPA2-PSK-CCMP][ESS]", "", "hidden-password" },
-    { "02:00:00:00:0b:00", 5220, -81, "[WPA2-PSK-CCMP][ESS]", "Twins", "twins-password" },
-    { "02:00:00:00:08:00", 2447, -70, "[WEP][ESS]", "Antique", "" },
-    { "02:00:00:00:01:00", 2412, -45, "[ESS]", "Cafe", "" },
+// Of two with one name the stronger comes first.
+constexpr AccessPoint air[] = {
+    {"02:00:00:00:04:00", 5180, -58, "[WPA2-SAE-CCMP][ESS]", "Modern", "modern-password"},
+    {"02:00:00:00:0a:00", 2417, -42, "[WPA2-PSK-CCMP][ESS]", "Twins", "twins-password"},
+    {"02:00:00:00:06:00", 2427, -63, "[WPA2-PSK-CCMP][ESS]", R"(Bob "5G" C:\net)", "bob-password"},
+    {"02:00:00:00:02:00", 2437, -48, "[WPA2-PSK-CCMP][ESS]", "Home2", "home2-password"},
+    {"02:00:00:00:09:00", 2452, -60, "[WPA2-EAP-CCMP][ESS]", "Office", ""},
+    {"02:00:00:00:03:00", 2462, -52, "[WPA2-PSK+SAE-CCMP][ESS]", "Mixed", "mixed-password"},
+    {"02:00:00:00:05:00", 2422, -66, "[WPA2-PSK-CCMP][ESS]", "Café du Nord", "nord-password"},
+    {"02:00:00:00:07:00", 2442, -77, "[WPA2-PSK-CCMP][ESS]", "", "hidden-password"},
+    {"02:00:00:00:0b:00", 5220, -81, "[WPA2-PSK-CCMP][ESS]", "Twins", "twins-password"},
+    {"02:00:00:00:08:00", 2447, -70, "[WEP][ESS]", "Antique", ""},
+    {"02:00:00:00:01:00", 2412, -45, "[ESS]", "Cafe", ""},
 };
 
-struct Field {
-    string name;
-    string initial; // empty: GET_NETWORK fails until it is set
-    string unsaved;
-    long highest;
-};
-
-// In the order of the saved file.
-const std::vector<Field> fields{
-    { "ssid", "", "", 0 },
-    { "scan_ssid", "0", "0", 1 },
-    { "psk", "", "", 0 },
-    { "key_mgmt", "WPA-PSK WPA-EAP", "WPA-PSK WPA-EAP", 0 },
-    { "priority", "0", "0", never },
-    { "mesh_fwding", "1", "0", 1 },
-    { "disabled", "0", "0", 1 },
-    { "ieee80211w", "3", "3", 3 },
-};
-
-bool has(const string& text, const string& part)
+long monotonic_milliseconds()
 {
-    return text.find(part) != string::npos;
+    return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::milliseconds(1);
 }
 
 bool is_printable(char c)
@@ -91,620 +70,382 @@ bool is_printable(char c)
     return c >= ' ' && c <= '~';
 }
 
-string hex_of(const string& bytes)
+string hex_of(string_view bytes)
 {
+    constexpr string_view digits = "0123456789abcdef";
     string hex;
-    for (const char c : bytes) {
-        hex += "0123456789abcdef"[(c >> 4) & 15];
-        hex += "0123456789abcdef"[c & 15];
-    }
+    for (const char c : bytes)
+        hex += {digits[(c >> 4) & 15], digits[c & 15]};
     return hex;
 }
 
-string escaped(const string& bytes)
+string escaped(string_view bytes)
 {
-    static const string plain = "\"\\\x1b\n\r\t";
+    constexpr string_view special = "\"\\\x1b\n\r\t";
     string text;
     for (const char c : bytes) {
-        if (const size_t at = plain.find(c); at != string::npos)
-            text += { '\\', "\"\\enrt"[at] };
+        if (const size_t at = special.find(c); at != string::npos)
+            text += {'\\', "\"\\enrt"[at]};
         else
-            text += is_printable(c) ? string(1, c) : "\\x" + hex_of({ c });
+            text += is_printable(c) ? string(1, c) : "\\x" + hex_of({&c, 1});
     }
     return text;
 }
 
-bool decode(const string& value, string& bytes)
+// The bytes of a quoted or hexadecimal value.
+std::optional<string> decoded(const string& value)
 {
-    bytes.clear();
-    if (value.starts_with('"')) {
-        bytes = value.substr(1, value.size() - 2);
-        return value.size() > 1 && value.ends_with('"');
-    }
-    for (size_t i = 0; i + 1 < value.size(); i += 2)
-        bytes += static_cast<char>(std::strtol(value.substr(i, 2).c_str(), nullptr, 16));
-    return value.size() % 2 == 0
-        && value.find_first_not_of("0123456789abcdefABCDEF") == string::npos;
-}
-
-bool set_ssid(string& field, const string& value)
-{
+    if (value.size() > 1 && value.starts_with('"') && value.ends_with('"'))
+        return value.substr(1, value.size() - 2);
+    if (value.size() % 2 != 0 || value.find_first_not_of("0123456789abcdefABCDEF") != string::npos)
+        return std::nullopt;
     string bytes;
-    if (!decode(value, bytes) || bytes.size() > 32)
-        return false;
-    field = std::ranges::all_of(bytes, is_printable) ? '"' + bytes + '"' : hex_of(bytes);
-    return true;
+    for (size_t i = 0; i < value.size(); i += 2)
+        bytes += static_cast<char>(std::stoi(value.substr(i, 2), nullptr, 16));
+    return bytes;
 }
 
-// The daemon forgives a missing closing quote and drops what follows the last one.
-bool set_psk(string& field, const string& value)
-{
-    string bytes;
-    if (!value.starts_with('"')) {
-        if (value.size() != 64 || !decode(value, bytes))
-            return false;
-        field = hex_of(bytes);
-        return true;
-    }
-    const size_t end = value.rfind('"');
-    bytes = value.substr(1, end == 0 ? string::npos : end - 1);
-    const auto is_control = [](unsigned char c) { return c < 32 || c == 127; };
-    if (bytes.size() < 8 || bytes.size() > 63 || std::ranges::any_of(bytes, is_control))
-        return false;
-    field = '"' + bytes + '"';
-    return true;
-}
-
-// The daemon keeps the words it knows even when it answers FAIL.
-bool set_key_mgmt(string& field, const string& value)
-{
-    std::istringstream words(value);
-    std::set<string> chosen{ std::istream_iterator<string>(words), {} };
-    field.clear();
-    for (const char* known : { "WPA-PSK", "WPA-EAP", "IEEE8021X", "NONE", "SAE", "OWE" }) {
-        if (chosen.erase(known) > 0)
-            field += (field.empty() ? "" : " ") + string(known);
-    }
-    return chosen.empty() && !field.empty();
-}
-
-bool set_number(string& field, const string& value, long highest)
-{
-    char* end = nullptr;
-    const long number = std::strtol(value.c_str(), &end, 0);
-    if (*end != '\0' || number > highest)
-        return false;
-    field = std::to_string(number);
-    return true;
-}
-
+// Knows the fields that corvane-wifi sets and those that wpa_supplicant saves with them.
 struct Profile {
-    int id = 0;
-    std::map<string, string> values{};
-    int failures = 0;
-    long held_until = 0;
+    string ssid{}, psk{};
+    string key_mgmt{}; // empty: wpa_supplicant's default, any kind that needs a key
+    bool disabled = false;
 
-    explicit Profile(int number)
-        : id(number)
+    bool set(const string& field, const string& value)
     {
-        for (const Field& field : fields)
-            values[field.name] = field.initial;
-    }
-
-    const string& get(const string& name) const
-    {
-        return values.at(name);
-    }
-
-    bool set(const string& name, const string& value)
-    {
-        const auto field = std::ranges::find(fields, name, &Field::name);
-        if (field == fields.end())
-            return false;
-        string& target = values[name];
-        if (name == "ssid")
-            return set_ssid(target, value);
-        if (name == "psk")
-            return set_psk(target, value);
-        return name == "key_mgmt" ? set_key_mgmt(target, value)
-                                  : set_number(target, value, field->highest);
+        const std::optional<string> bytes = decoded(value);
+        if (field == "ssid" && bytes && bytes->size() <= 32)
+            ssid = *bytes;
+        else if (field == "psk" && value.starts_with('"') && bytes && bytes->size() >= 8
+                 && bytes->size() <= 63)
+            psk = *bytes;
+        else if (field == "key_mgmt" && (value == "NONE" || value == "WPA-PSK"))
+            key_mgmt = value;
+        else if (field == "disabled")
+            disabled = value == "1";
+        else
+            return field == "mesh_fwding";
+        return true;
     }
 
     // Such a profile is neither tried nor saved.
     bool lacks_key() const
     {
-        const string& key_mgmt = get("key_mgmt");
-        return (has(key_mgmt, "WPA-PSK") || has(key_mgmt, "SAE")) && get("psk").empty();
-    }
-
-    bool is_usable() const
-    {
-        return get("disabled") == "0" && !lacks_key();
-    }
-
-    void enable()
-    {
-        values["disabled"] = "0";
-        failures = 0;
-        held_until = 0;
-    }
-
-    string ssid() const
-    {
-        string bytes;
-        decode(get("ssid"), bytes);
-        return bytes;
+        return key_mgmt != "NONE" && psk.empty();
     }
 
     // Only open networks and those with a pre-shared key can be joined here.
     bool fits(const AccessPoint& point) const
     {
-        const bool is_open = point.flags == "[ESS]";
-        return !point.ssid.empty() && ssid() == point.ssid && (is_open || has(point.flags, "-PSK"))
-            && has(get("key_mgmt"), is_open ? "NONE" : "WPA-PSK");
+        const bool has_key = point.flags.find("-PSK") != string_view::npos && !lacks_key();
+        const bool is_alike = key_mgmt == "NONE" ? point.is_open() : has_key;
+        return !ssid.empty() && ssid == point.ssid && is_alike;
     }
 
     string block() const
     {
-        string text = "\nnetwork={\n";
-        for (const Field& field : fields) {
-            if (get(field.name) != field.unsaved)
-                text += '\t' + field.name + '=' + get(field.name) + '\n';
-        }
-        return text + "}\n";
+        const bool plain = std::ranges::all_of(ssid, is_printable);
+        return "\nnetwork={\n\tssid=" + (plain ? '"' + ssid + '"' : hex_of(ssid)) + '\n'
+            + (psk.empty() ? "" : "\tpsk=\"" + psk + "\"\n")
+            + (key_mgmt.empty() ? "" : "\tkey_mgmt=" + key_mgmt + '\n') + "\tmesh_fwding=1\n"
+            + (disabled ? "\tdisabled=1\n" : "") + "}\n";
     }
 };
 
-// STATUS names the network from Handshake on.
-enum State { Disconnected, Inactive, Scanning, Associating, Handshake, Completed };
-constexpr std::array state_names{ "DISCONNECTED", "INACTIVE",       "SCANNING",
-                                  "ASSOCIATING",  "4WAY_HANDSHAKE", "COMPLETED" };
-
 class Simulator {
 public:
-    Simulator(const string& socket_path, string config_path)
+    explicit Simulator(string config_path)
         : config_path_(std::move(config_path))
-        , globals_("ctrl_interface=" + socket_path.substr(0, socket_path.rfind('/'))
-                   + "\nupdate_config=1\n")
     {
-        if (std::ifstream file(config_path_); file)
-            load(file);
+        std::ifstream file(config_path_);
+        if (!file)
+            throw std::runtime_error("cannot read " + config_path_);
+        for (string line; std::getline(file >> std::ws, line);)
+            load(line);
+        connect_any();
     }
 
-    string answer(const string& request, long now)
+    string answer(const string& request)
     {
-        advance(now);
+        now_ = monotonic_milliseconds();
         string reply = dispatch(request);
         if (reply.size() >= reply_limit)
             reply.resize(reply.rfind('\n', reply_limit - 2) + 1);
         return reply;
     }
 
-    void connect_saved(long now)
-    {
-        now_ = now;
-        if (is_any_usable())
-            seek();
-    }
-
 private:
-    void load(std::ifstream& file)
+    void load(const string& line)
     {
-        bool inside = false;
-        globals_.clear();
-        for (string line; std::getline(file, line);) {
-            line.erase(0, line.find_first_not_of(" \t"));
-            const size_t equals = line.find('=');
-            if (line.empty() || line.starts_with('#'))
-                continue;
-            if (line == "}" || line == "network={")
-                inside = line != "}";
-            else if (!inside)
-                globals_ += line + '\n';
-            else if (!profiles_.back().set(line.substr(0, equals), line.substr(equals + 1)))
-                throw std::runtime_error("cannot read " + config_path_ + ": " + line);
-            if (line == "network={")
-                profiles_.emplace_back(next_id());
-        }
-    }
-
-    string save_config()
-    {
-        const string temporary = config_path_ + ".tmp";
-        if (!has(globals_, "update_config=1\n"))
-            return fail;
-        std::ofstream file(temporary);
-        file << globals_;
-        for (const Profile& profile : profiles_)
-            file << (profile.lacks_key() ? "" : profile.block());
-        file.close();
-        if (file && std::rename(temporary.c_str(), config_path_.c_str()) == 0)
-            return ok;
-        unlink(temporary.c_str());
-        return fail;
+        const size_t equals = line.find('=');
+        if (line.starts_with('#') || line == "}")
+            return;
+        if (line == "network={")
+            profiles_[next_id()] = {};
+        else if (profiles_.empty())
+            settings_ += line + '\n';
+        else if (!profiles_.rbegin()->second.set(line.substr(0, equals), line.substr(equals + 1)))
+            throw std::runtime_error("cannot read " + config_path_ + ": " + line);
     }
 
     int next_id() const
     {
-        return profiles_.empty() ? 0 : profiles_.back().id + 1;
+        return profiles_.empty() ? 0 : profiles_.rbegin()->first + 1;
     }
 
-    Profile* find(int id)
+    // How it goes on from here is only a matter of time: see state().
+    void connect(int id)
     {
-        const auto found = std::ranges::find(profiles_, id, &Profile::id);
-        return found == profiles_.end() ? nullptr : &*found;
-    }
-
-    bool is_any_usable() const
-    {
-        return std::ranges::any_of(profiles_, &Profile::is_usable);
-    }
-
-    // Makes up in order for what became due since the last request.
-    void advance(long now)
-    {
-        while (std::min(scan_end_, step_at_) <= now) {
-            now_ = std::min(scan_end_, step_at_);
-            if (scan_end_ <= step_at_)
-                finish_scan();
-            else
-                step();
-        }
-        now_ = now;
-    }
-
-    void enter(State state, long delay = 0)
-    {
-        state_ = state;
+        const Profile& profile = profiles_.at(id);
+        const auto* fitting = std::ranges::find_if(air, [&](auto& p) { return profile.fits(p); });
+        point_ = fitting == std::end(air) ? nullptr : fitting;
+        completed_at_ = point_ && profile.psk == point_->password ? now_ + 1300 : never;
+        current_ = id;
         since_ = now_;
-        step_at_ = delay > 0 ? now_ + delay : never;
+        scan_end_ = now_ + scan_time;
     }
 
-    void search()
+    void connect_any()
     {
-        enter(Scanning);
-        if (scan_end_ == never)
-            scan_end_ = now_ + 1000;
-    }
-
-    void finish_scan()
-    {
-        scan_end_ = never;
-        scanned_at_ = now_;
-        for (int& drift : drifts_)
-            drift = static_cast<int>(random_() % 7) - 3;
-        if (state_ != Scanning)
-            return;
-        if (stopped_ || !is_any_usable())
-            enter(stopped_ ? Disconnected : Inactive);
-        else if (!join())
-            enter(Scanning, 5000);
-    }
-
-    void seek()
-    {
-        const bool fresh = scanned_at_ != never && now_ - scanned_at_ < 5000;
-        if (!is_any_usable())
-            enter(Inactive);
-        else if (!fresh || !join())
-            search();
-    }
-
-    bool join()
-    {
-        std::pair<long, int> best;
-        point_ = nullptr;
-        for (const Profile& profile : profiles_) {
-            for (size_t i = 0; i < air.size(); ++i) {
-                const std::pair rank(std::stol(profile.get("priority")), level(i));
-                if (!profile.is_usable() || profile.held_until > now_ || !profile.fits(air[i])
-                    || (point_ && rank <= best))
-                    continue;
-                best = rank;
-                point_ = &air[i];
-                current_ = profile.id;
-                accepted_ = profile.get("psk") == '"' + point_->password + '"';
-            }
-        }
-        if (point_)
-            enter(Associating, 200);
-        return point_ != nullptr;
-    }
-
-    void step()
-    {
-        if (state_ == Scanning)
-            search();
-        else if (state_ == Associating && !is_open())
-            enter(Handshake, accepted_ ? 300 : 4100);
-        else if (state_ == Associating || accepted_)
-            enter(Completed);
-        else
-            refuse();
-    }
-
-    void refuse()
-    {
-        Profile& profile = *find(current_);
-        profile.held_until = now_ + 10000 * ++profile.failures;
         current_ = -1;
-        enter(Scanning, 100);
+        idle_state_ = "INACTIVE";
+        for (const auto& [id, profile] : profiles_)
+            if (!profile.disabled && (current_ < 0 || !point_))
+                connect(id);
     }
 
-    bool is_open() const
+    // After a wrong password the network is left alone until it is selected again.
+    bool is_refused() const
     {
-        return point_->flags == "[ESS]";
+        return point_ && completed_at_ == never && now_ - since_ >= 5200;
     }
 
-    int level(size_t index) const
+    string state() const
     {
-        return air[index].level + drifts_[index];
+        const long elapsed = now_ - since_;
+        if (current_ < 0)
+            return now_ < scan_end_ ? "SCANNING" : idle_state_;
+        if (!point_ || elapsed < scan_time || is_refused())
+            return "SCANNING";
+        if (now_ >= completed_at_)
+            return "COMPLETED";
+        return elapsed < 1100 || point_->is_open() ? "ASSOCIATING" : "4WAY_HANDSHAKE";
     }
 
     string dispatch(const string& request)
     {
-        using Plain = string (Simulator::*)();
-        using WithId = string (Simulator::*)(const string&);
-        static const std::map<string, Plain> plain{
-            { "STATUS", &Simulator::status },
-            { "SCAN", &Simulator::scan },
-            { "SCAN_RESULTS", &Simulator::scan_results },
-            { "LIST_NETWORKS", &Simulator::list_networks },
-            { "ADD_NETWORK", &Simulator::add_network },
-            { "DISCONNECT", &Simulator::disconnect },
-            { "SAVE_CONFIG", &Simulator::save_config },
-        };
-        static const std::map<string, WithId> with_id{
-            { "SET_NETWORK", &Simulator::set_network },
-            { "GET_NETWORK", &Simulator::get_network },
-            { "ENABLE_NETWORK", &Simulator::enable_network },
-            { "SELECT_NETWORK", &Simulator::select_network },
-            { "REMOVE_NETWORK", &Simulator::remove_network },
+        using Handler = string (Simulator::*)(const string& arguments);
+        static const std::map<string, Handler> handlers{
+            {"STATUS", &Simulator::status},
+            {"SCAN", &Simulator::scan},
+            {"SCAN_RESULTS", &Simulator::scan_results},
+            {"LIST_NETWORKS", &Simulator::list_networks},
+            {"ADD_NETWORK", &Simulator::add_network},
+            {"SET_NETWORK ", &Simulator::set_network},
+            {"ENABLE_NETWORK ", &Simulator::enable_network},
+            {"SELECT_NETWORK ", &Simulator::select_network},
+            {"REMOVE_NETWORK ", &Simulator::remove_network},
+            {"DISCONNECT", &Simulator::disconnect},
+            {"SAVE_CONFIG", &Simulator::save_config},
         };
         if (request == "PING")
             return "PONG\n";
-        if (const auto found = plain.find(request); found != plain.end())
-            return (this->*found->second)();
         const size_t space = request.find(' ');
-        const auto found = with_id.find(request.substr(0, space));
-        if (found == with_id.end() || space == string::npos)
-            return unknown;
-        return (this->*found->second)(request.substr(space + 1));
+        const size_t end = space == string::npos ? request.size() : space + 1;
+        const auto found = handlers.find(request.substr(0, end));
+        if (found == handlers.end())
+            return "UNKNOWN COMMAND\n";
+        try {
+            return (this->*found->second)(request.substr(end));
+        } catch (const std::logic_error&) { // there is no profile of that id
+            return fail;
+        }
     }
 
-    string connection() const
+    string status(const string&)
     {
-        const string cipher = is_open() ? "NONE" : "CCMP";
-        return "bssid=" + point_->bssid + "\nfreq=" + std::to_string(point_->frequency)
-            + "\nssid=" + escaped(point_->ssid) + "\nid=" + std::to_string(current_)
-            + "\nmode=station\nwifi_generation=4\npairwise_cipher=" + cipher
-            + "\ngroup_cipher=" + cipher + "\nkey_mgmt=" + (is_open() ? "NONE" : "WPA2-PSK") + '\n';
+        const string now = state();
+        std::ostringstream text;
+        if (now == "4WAY_HANDSHAKE" || now == "COMPLETED") {
+            const string cipher = point_->is_open() ? "NONE" : "CCMP";
+            text << "bssid=" << point_->bssid << "\nfreq=" << point_->frequency
+                 << "\nssid=" << escaped(point_->ssid) << "\nid=" << current_ << "\nmode=station"
+                 << "\npairwise_cipher=" << cipher << "\ngroup_cipher=" << cipher
+                 << "\nkey_mgmt=" << (point_->is_open() ? "NONE" : "WPA2-PSK") << '\n';
+        }
+        text << "wpa_state=" << now << '\n';
+        if (now == "COMPLETED" && now_ >= completed_at_ + 400)
+            text << "ip_address=10.66.2.48\n";
+        text << "address=02:00:00:00:00:00\nuuid=362db47b-a53a-5191-88fb-5458b986b2e4\n";
+        return text.str();
     }
 
-    string status()
+    string scan(const string&)
     {
-        const bool addressed = state_ == Completed && now_ - since_ >= 400;
-        return (state_ >= Handshake ? connection() : "") + "wpa_state=" + state_names[state_] + '\n'
-            + (addressed ? "ip_address=10.66.2.48\n" : "")
-            + "p2p_device_address=42:00:00:00:00:00\naddress=02:00:00:00:00:00\n"
-              "uuid=362db47b-a53a-5191-88fb-5458b986b2e4\n";
-    }
-
-    string scan()
-    {
-        if (scan_end_ != never || state_ == Associating || state_ == Handshake)
+        const string now = state();
+        if (now_ < scan_end_ || now == "ASSOCIATING" || now == "4WAY_HANDSHAKE")
             return "FAIL-BUSY\n";
-        if (state_ != Completed)
-            enter(Scanning);
-        scan_end_ = now_ + 1000;
+        scan_end_ = now_ + scan_time;
         return ok;
     }
 
-    string scan_results()
+    // Signals drift by up to 3 dB from one scan to the next.
+    string scan_results(const string&)
     {
-        string text = "bssid / frequency / signal level / flags / ssid\n";
-        for (size_t i = 0; i < air.size() && scanned_at_ != never; ++i) {
-            text += air[i].bssid + '\t' + std::to_string(air[i].frequency) + '\t'
-                + std::to_string(level(i)) + '\t' + air[i].flags + '\t' + escaped(air[i].ssid)
-                + '\n';
-        }
-        return text;
+        std::ostringstream text;
+        text << "bssid / frequency / signal level / flags / ssid\n";
+        for (const AccessPoint& point : air)
+            if (scan_end_ > 0)
+                text << point.bssid << '\t' << point.frequency << '\t'
+                     << point.level + (scan_end_ + point.frequency) % 7 - 3 << '\t' << point.flags
+                     << '\t' << escaped(point.ssid) << '\n';
+        return text.str();
     }
 
-    string list_networks()
+    string list_networks(const string&)
     {
-        string text = "network id / ssid / bssid / flags\n";
-        for (const Profile& profile : profiles_) {
-            text += std::to_string(profile.id) + '\t' + escaped(profile.ssid()) + "\tany\t"
-                + (profile.id == current_ ? "[CURRENT]" : "")
-                + (profile.get("disabled") == "0" ? "" : "[DISABLED]")
-                + (profile.held_until > now_ ? "[TEMP-DISABLED]" : "") + '\n';
-        }
-        return text;
+        const char* mark = is_refused() ? "[TEMP-DISABLED]" : "[CURRENT]";
+        std::ostringstream text;
+        text << "network id / ssid / bssid / flags\n";
+        for (const auto& [id, profile] : profiles_)
+            text << id << '\t' << escaped(profile.ssid) << "\tany\t" << (id == current_ ? mark : "")
+                 << (profile.disabled ? "[DISABLED]" : "") << '\n';
+        return text.str();
     }
 
-    string add_network()
+    string add_network(const string&)
     {
-        profiles_.emplace_back(next_id()).values["disabled"] = "1";
-        return std::to_string(profiles_.back().id) + '\n';
+        profiles_[next_id()].disabled = true;
+        return std::to_string(profiles_.rbegin()->first) + '\n';
     }
 
     string set_network(const string& arguments)
     {
-        const size_t name = arguments.find(' ');
-        const size_t value = arguments.find(' ', name + 1);
-        Profile* profile = find(std::atoi(arguments.c_str()));
-        if (!profile || name == string::npos || value == string::npos)
+        std::istringstream words(arguments);
+        int id = -1;
+        string field, value;
+        words >> id >> field;
+        if (words.get() != ' ')
             return fail;
-        const bool good = profile->set(arguments.substr(name + 1, value - name - 1),
-                                       arguments.substr(value + 1));
-        return good ? ok : fail;
+        std::getline(words, value);
+        return profiles_.at(id).set(field, value) ? ok : fail;
     }
 
-    string get_network(const string& arguments)
+    string enable_network(const string& id)
     {
-        const size_t space = arguments.find(' ');
-        const string name = space == string::npos ? "" : arguments.substr(space + 1);
-        const Profile* profile = find(std::atoi(arguments.c_str()));
-        if (!profile || !profile->values.contains(name) || profile->get(name).empty())
-            return fail;
-        return name == "psk" ? "*" : profile->get(name);
-    }
-
-    string enable_network(const string& which)
-    {
-        Profile* profile = find(std::atoi(which.c_str()));
-        if (!profile && which != "all")
-            return fail;
-        for (Profile& each : profiles_) {
-            if (&each == profile || which == "all")
-                each.enable();
-        }
-        // After DISCONNECT only SELECT_NETWORK connects again.
-        if (!stopped_ && current_ < 0 && !has(which, " no-connect"))
-            seek();
+        profiles_.at(std::stoi(id)).disabled = false;
         return ok;
     }
 
-    string select_network(const string& which)
+    string select_network(const string& argument)
     {
-        const Profile* chosen = which == "any" ? nullptr : find(std::atoi(which.c_str()));
-        if (!chosen && which != "any")
-            return fail;
-        for (Profile& each : profiles_) {
-            if (!chosen || &each == chosen)
-                each.enable();
-            else
-                each.values["disabled"] = "1";
-        }
-        stopped_ = false;
-        if (state_ >= Associating && (!chosen || chosen->id == current_))
-            return ok;
-        current_ = chosen ? chosen->id : -1;
-        seek();
+        const int selected = std::stoi(argument);
+        if (selected != current_ || state() != "COMPLETED")
+            connect(selected);
+        for (auto& [id, profile] : profiles_)
+            profile.disabled = id != selected;
         return ok;
     }
 
-    string disconnect()
+    string remove_network(const string& argument)
     {
-        stopped_ = true;
+        const int id = std::stoi(argument);
+        if (profiles_.erase(id) == 0)
+            return fail;
+        if (id == current_)
+            connect_any();
+        return ok;
+    }
+
+    string disconnect(const string&)
+    {
         current_ = -1;
-        enter(Disconnected);
+        scan_end_ = std::min(scan_end_, now_);
+        idle_state_ = "DISCONNECTED";
         return ok;
     }
 
-    string remove_network(const string& which)
+    string save_config(const string&)
     {
-        const int id = std::atoi(which.c_str());
-        if (which != "all" && !find(id))
+        if (settings_.find("update_config=1\n") == string::npos)
             return fail;
-        std::erase_if(profiles_, [&](const Profile& p) { return which == "all" || p.id == id; });
-        if (current_ >= 0 && !find(current_)) {
-            current_ = -1;
-            seek();
-        }
-        return ok;
+        const string temporary = config_path_ + ".tmp";
+        std::ofstream file(temporary);
+        file << settings_;
+        for (const auto& [id, profile] : profiles_)
+            file << (profile.lacks_key() ? "" : profile.block());
+        file.close();
+        return file && std::rename(temporary.c_str(), config_path_.c_str()) == 0 ? ok : fail;
     }
 
     string config_path_;
-    string globals_;
-    std::vector<Profile> profiles_{};
-    std::minstd_rand random_{};
-    std::vector<int> drifts_ = std::vector<int>(air.size());
-    State state_ = Disconnected;
-    long now_ = 0;
-    long since_ = 0;
-    long step_at_ = never;
-    long scan_end_ = never;
-    long scanned_at_ = never;
-    bool stopped_ = false;
-    bool accepted_ = false;
+    string settings_{};
+    std::map<int, Profile> profiles_{};
+    string idle_state_{};
     int current_ = -1;
     const AccessPoint* point_ = nullptr;
+    long now_ = monotonic_milliseconds();
+    long since_ = never;
+    long completed_at_ = never;
+    long scan_end_ = 0; // of the last scan, which may be under way
 };
 
-long monotonic_now()
+const char* socket_path = nullptr;
+
+extern "C" void remove_socket_and_exit(int)
 {
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+    unlink(socket_path);
+    _exit(0);
 }
 
-int listen_at(const string& path)
+int listen_at(const char* path)
 {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    const auto* target = reinterpret_cast<const sockaddr*>(&address);
-    if (path.empty() || path.size() >= sizeof address.sun_path)
-        throw std::runtime_error("the socket path must have 1 to 107 characters");
-    path.copy(address.sun_path, path.size());
-    const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (bind(descriptor, target, sizeof address) != 0)
-        throw std::runtime_error("cannot listen at " + path + ": " + std::strerror(errno));
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    if (std::strlen(path) >= sizeof address.sun_path)
+        throw std::runtime_error("the socket path is too long");
+    std::memcpy(address.sun_path, path, std::strlen(path));
+    const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        throw std::runtime_error("cannot listen at " + string(path) + ": " + std::strerror(errno));
+    socket_path = path;
+    for (const int number : {SIGTERM, SIGINT, SIGHUP})
+        static_cast<void>(std::signal(number, remove_socket_and_exit));
     return descriptor;
 }
 
 void answer_one(int descriptor, Simulator& simulator)
 {
-    std::array<char, reply_limit> buffer{};
+    char request[reply_limit] = {};
     sockaddr_un sender{};
     socklen_t length = sizeof sender;
     auto* from = reinterpret_cast<sockaddr*>(&sender);
-    if (recvfrom(descriptor, buffer.data(), buffer.size() - 1, 0, from, &length) < 0)
+    if (recvfrom(descriptor, request, sizeof request - 1, 0, from, &length) < 0)
         return;
-    const string reply = simulator.answer(buffer.data(), monotonic_now());
-    sendto(descriptor, reply.data(), reply.size(), 0, from, length);
-}
-
-int signal_descriptor()
-{
-    sigset_t set;
-    sigemptyset(&set);
-    for (const int number : { SIGTERM, SIGINT, SIGHUP })
-        sigaddset(&set, number);
-    sigprocmask(SIG_BLOCK, &set, nullptr);
-    return signalfd(-1, &set, SFD_CLOEXEC);
-}
-
-void run(const string& socket_path, const string& config_path, pid_t parent)
-{
-    const int signals = signal_descriptor();
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
-    // The parent may have died before the kernel was asked to tell of it.
-    if (getppid() != parent)
-        return;
-    Simulator simulator(socket_path, config_path);
-    const int descriptor = listen_at(socket_path);
-    simulator.connect_saved(monotonic_now());
-    std::array<pollfd, 2> waiting{ { { signals, POLLIN, 0 }, { descriptor, POLLIN, 0 } } };
-    while (waiting[0].revents == 0) {
-        if (poll(waiting.data(), waiting.size(), -1) > 0 && waiting[1].revents != 0)
-            answer_one(descriptor, simulator);
-    }
-    unlink(socket_path.c_str());
+    const string reply = simulator.answer(request);
+    sendto(descriptor, reply.data(), reply.size(), MSG_DONTWAIT, from, length);
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    const pid_t parent = getppid();
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
     if (argc == 2 && string(argv[1]) == "--help") {
-        std::puts(
-            "Usage: corvane-simulator SOCKET CONFIG_FILE\n"
-            "Answers at SOCKET as wpa_supplicant would, with invented networks around. Saved\n"
-            "networks are read from and written to CONFIG_FILE. Ends on SIGTERM, SIGINT or\n"
-            "SIGHUP, or with the process that started it.");
+        std::cout
+            << "Usage: corvane-simulator SOCKET CONFIG_FILE\n"
+               "Answers at SOCKET as wpa_supplicant would, with invented networks around and\n"
+               "the saved ones in CONFIG_FILE. Ends with the process that started it.\n";
         return 0;
     }
-    if (argc != 3 || *argv[1] == '-' || *argv[2] == '-') {
-        std::fputs("corvane-simulator: expected SOCKET and CONFIG_FILE, see --help\n", stderr);
-        return 2;
-    }
     try {
-        run(argv[1], argv[2], parent);
+        if (argc != 3 || *argv[1] == '\0')
+            throw std::runtime_error("expected SOCKET and CONFIG_FILE, see --help");
+        Simulator simulator(argv[2]);
+        const int descriptor = listen_at(argv[1]);
+        for (;;)
+            answer_one(descriptor, simulator);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "corvane-simulator: %s\n", error.what());
-        return 1;
+        std::cerr << "corvane-simulator: " << error.what() << '\n';
     }
-    return 0;
+    return 1;
 }

@@ -671,6 +671,8 @@ TEST(Connecting, IsGivenUpAfterFifteenSeconds)
                      failure("Timed out connecting to Home2.", table, asked)},
          })
         running.push_back(std::async(std::launch::async, given_up, attempt));
+    for (std::future<void>& attempt : running)
+        attempt.get();
 }
 
 TEST(Output, ComesInTheOrderOfTheConversation)

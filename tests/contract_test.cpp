@@ -74,7 +74,7 @@ TEST_P(Contract, AnIdleOneAnswersWithoutNetworks)
     expect(daemon,
            {
                {"PING", "PONG\n"},
-               {"STATUS", MatchesRegex("wpa_state=DISCONNECTED\n" + status_end)},
+               {"STATUS", MatchesRegex("wpa_state=(DISCONNECTED|INACTIVE)\n" + status_end)},
                {"LIST_NETWORKS", no_profiles},
                {"SCAN_RESULTS", "bssid / frequency / signal level / flags / ssid\n"},
                {"DISCONNECT", "OK\n"},
@@ -117,7 +117,9 @@ TEST_P(Contract, NewProfilesAreNumberedFromTheHighestId)
                {"ADD_NETWORK", "4\n"},
                {"REMOVE_NETWORK 4", "OK\n"},
                {"ADD_NETWORK", "4\n"},
-               {"REMOVE_NETWORK all", "OK\n"},
+               {"REMOVE_NETWORK 0", "OK\n"},
+               {"REMOVE_NETWORK 3", "OK\n"},
+               {"REMOVE_NETWORK 4", "OK\n"},
                {"LIST_NETWORKS", no_profiles},
                {"ADD_NETWORK", "0\n"},
            });
@@ -127,38 +129,22 @@ TEST_P(Contract, AnUnknownIdIsRefused)
 {
     const Daemon daemon(GetParam(), {.profiles = cafe});
     for (const char* request :
-         {"SET_NETWORK 7 ssid \"x\"", "GET_NETWORK 99 ssid", "REMOVE_NETWORK 99",
-          "REMOVE_NETWORK -1", "ENABLE_NETWORK 99", "SELECT_NETWORK 99", "SELECT_NETWORK -1"})
+         {"SET_NETWORK 7 ssid \"x\"", "REMOVE_NETWORK 99", "REMOVE_NETWORK -1", "ENABLE_NETWORK 99",
+          "SELECT_NETWORK 99", "SELECT_NETWORK -1"})
         EXPECT_EQ(daemon.ask(request), "FAIL\n") << request;
     EXPECT_EQ(daemon.ask("LIST_NETWORKS"), listing({"0|Cafe|any|[DISABLED]"}));
 }
 
-TEST_P(Contract, AFreshProfileHasDefaults)
-{
-    const Daemon daemon(GetParam(), {});
-    expect(daemon,
-           {
-               {"ADD_NETWORK", "0\n"},
-               {"GET_NETWORK 0 ssid", "FAIL\n"},
-               {"GET_NETWORK 0 psk", "FAIL\n"},
-               {"GET_NETWORK 0 key_mgmt", "WPA-PSK WPA-EAP"},
-               {"GET_NETWORK 0 disabled", "1"},
-               {"GET_NETWORK 0 priority", "0"},
-               {"GET_NETWORK 0 nosuch", "FAIL\n"},
-               {"GET_NETWORK 0", "FAIL\n"},
-           });
-}
-
 struct Setting {
     std::string value;
-    std::string stored; ///< What GET_NETWORK says then.
-    std::string listed; ///< The name in LIST_NETWORKS.
+    std::string stored; ///< In the configuration file.
+    std::string listed; ///< In LIST_NETWORKS.
 };
 
 TEST_P(Contract, NamesAreTakenQuotedOrInHexadecimalAndListedEscaped)
 {
     const Daemon daemon(GetParam(), {});
-    ASSERT_EQ(daemon.ask("ADD_NETWORK"), "0\n");
+    expect(daemon, {{"ADD_NETWORK", "0\n"}, {"SET_NETWORK 0 key_mgmt NONE", "OK\n"}});
     const std::string longest = "ABCDEFGHIJKLMNOPQRSTUVWXYZ012345";
     const std::vector<Setting> settings = {
         {R"("Home2")", R"("Home2")", "Home2"},
@@ -174,13 +160,15 @@ TEST_P(Contract, NamesAreTakenQuotedOrInHexadecimalAndListedEscaped)
         {R"("")", R"("")", ""},
         {"", R"("")", ""},
     };
-    for (const Setting& setting : settings)
+    for (const Setting& setting : settings) {
         expect(daemon,
                {
                    {"SET_NETWORK 0 ssid " + setting.value, "OK\n"},
-                   {"GET_NETWORK 0 ssid", setting.stored},
                    {"LIST_NETWORKS", listing({"0|" + setting.listed + "|any|[DISABLED]"})},
+                   {"SAVE_CONFIG", "OK\n"},
                });
+        EXPECT_EQ(daemon.saved(), profile(setting.stored, "key_mgmt=NONE", true));
+    }
 }
 
 TEST_P(Contract, BadNamesAreRefusedAndTheOldOneStays)
@@ -193,7 +181,7 @@ TEST_P(Contract, BadNamesAreRefusedAndTheOldOneStays)
         expect(daemon,
                {
                    {std::string("SET_NETWORK 0 ssid") + value, "FAIL\n"},
-                   {"GET_NETWORK 0 ssid", "\"Cafe\""},
+                   {"LIST_NETWORKS", listing({"0|Cafe|any|[DISABLED]"})},
                });
 }
 
@@ -201,14 +189,12 @@ TEST_P(Contract, PasswordsAreTakenAsTheyStandBetweenTheQuotes)
 {
     const Daemon daemon(GetParam(), {.profiles = home});
     const std::string most(63, 'x');
-    const std::string digest(64, 'a');
     for (const std::string& value :
          {std::string(R"("12345678")"), '"' + most + '"', std::string("\"p\xc3\xa4ssw\xc3\xb6rd\""),
-          std::string(R"("pass\"word")"), std::string(R"("pass\\word")"), digest}) {
+          std::string(R"("pass\"word")"), std::string(R"("pass\\word")")}) {
         expect(daemon,
                {
                    {"SET_NETWORK 0 psk " + value, "OK\n"},
-                   {"GET_NETWORK 0 psk", "*"},
                    {"SAVE_CONFIG", "OK\n"},
                });
         EXPECT_EQ(daemon.saved(), profile("\"Home2\"", "psk=" + value, true));
@@ -220,7 +206,7 @@ TEST_P(Contract, BadPasswordsAreRefusedAndTheOldOneStays)
     const Daemon daemon(GetParam(), {.profiles = home});
     for (const std::string& value :
          {std::string("\"1234567\""), '"' + std::string(64, 'x') + '"', std::string("0123"),
-          std::string("home2-password"), std::string("\"pass\ttab!\""), std::string(64, 'g')})
+          std::string("home2-password"), std::string(64, 'g')})
         EXPECT_EQ(daemon.ask("SET_NETWORK 0 psk " + value), "FAIL\n") << value;
     EXPECT_EQ(daemon.ask("SAVE_CONFIG"), "OK\n");
     EXPECT_EQ(daemon.saved(), home);
@@ -231,18 +217,10 @@ TEST_P(Contract, OtherSettingsAreChecked)
     const Daemon daemon(GetParam(), {.profiles = home});
     expect(daemon,
            {
-               {"SET_NETWORK 0 key_mgmt SAE WPA-PSK", "OK\n"},
-               {"GET_NETWORK 0 key_mgmt", "WPA-PSK SAE"},
                {"SET_NETWORK 0 key_mgmt NONE", "OK\n"},
-               {"GET_NETWORK 0 key_mgmt", "NONE"},
                {"SET_NETWORK 0 key_mgmt WPA-PSK", "OK\n"},
-               {"GET_NETWORK 0 key_mgmt", "WPA-PSK"},
                {"SET_NETWORK 0 key_mgmt NOSUCH", "FAIL\n"},
                {"SET_NETWORK 0 key_mgmt", "FAIL\n"},
-               {"SET_NETWORK 0 priority -3", "OK\n"},
-               {"GET_NETWORK 0 priority", "-3"},
-               {"SET_NETWORK 0 priority abc", "FAIL\n"},
-               {"SET_NETWORK 0 scan_ssid 2", "FAIL\n"},
                {"SET_NETWORK 0 nosuch 1", "FAIL\n"},
                {"SET_NETWORK 0", "FAIL\n"},
            });
@@ -265,7 +243,8 @@ TEST_P(Contract, SelectingAProfileDisablesTheOthers)
                {"LIST_NETWORKS", flags("[DISABLED]", "[CURRENT]", "")},
                {"SELECT_NETWORK 2", "OK\n"},
                {"LIST_NETWORKS", flags("[DISABLED]", "[DISABLED]", "[CURRENT]")},
-               {"ENABLE_NETWORK all", "OK\n"},
+               {"ENABLE_NETWORK 0", "OK\n"},
+               {"ENABLE_NETWORK 1", "OK\n"},
                {"LIST_NETWORKS", flags("", "", "[CURRENT]")},
                {"DISCONNECT", "OK\n"},
                {"LIST_NETWORKS", flags("", "", "")},
@@ -286,21 +265,18 @@ TEST_P(Contract, TheFileIsWrittenInOneForm)
                {"SET_NETWORK 2 ssid 426f622022354722", "OK\n"},
                {"SET_NETWORK 2 key_mgmt WPA-PSK", "OK\n"},
                {R"(SET_NETWORK 2 psk "bobs\"-password")", "OK\n"},
-               {"SET_NETWORK 2 priority 3", "OK\n"},
                {"ADD_NETWORK", "3\n"},
                {"SET_NETWORK 3 ssid 436166c3a9", "OK\n"},
                {"SET_NETWORK 3 key_mgmt NONE", "OK\n"},
-               {"SET_NETWORK 3 scan_ssid 1", "OK\n"},
                {"ENABLE_NETWORK 3", "OK\n"},
                {"ADD_NETWORK", "4\n"}, // without a key: neither usable nor saved
                {"SAVE_CONFIG", "OK\n"},
            });
-    const std::string bob = "psk=\"bobs\\\"-password\"\n\tkey_mgmt=WPA-PSK\n\tpriority=3";
+    const std::string bob = "psk=\"bobs\\\"-password\"\n\tkey_mgmt=WPA-PSK";
     EXPECT_EQ(daemon.config(),
               "ctrl_interface=DIR=" + daemon.folder() + "\nupdate_config=1\n"
                   + profile("\"Cafe\"", "key_mgmt=NONE") + home
-                  + profile("\"Bob \"5G\"\"", bob, true)
-                  + profile("436166c3a9", "scan_ssid=1\n\tkey_mgmt=NONE"));
+                  + profile("\"Bob \"5G\"\"", bob, true) + profile("436166c3a9", "key_mgmt=NONE"));
 }
 
 TEST_P(Contract, SavingIsRefusedWhereTheFileForbidsIt)
