@@ -15,14 +15,14 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-static struct sockaddr_un address(const char *path)
+static struct sockaddr_un address(const char* path)
 {
-    struct sockaddr_un result = { .sun_family = AF_UNIX };
+    struct sockaddr_un result = {.sun_family = AF_UNIX};
     strncpy(result.sun_path, path, sizeof(result.sun_path) - 1);
     return result;
 }
 
-static int serve(const char *path)
+static int serve(const char* path)
 {
     static const char status[] = "bssid=02:00:00:00:01:00\nfreq=2437\nssid=Network 0\nid=0\n"
                                  "mode=station\npairwise_cipher=CCMP\ngroup_cipher=CCMP\n"
@@ -33,20 +33,22 @@ static int serve(const char *path)
     char scan[4096];
     size_t used = (size_t)sprintf(scan, "bssid / frequency / signal level / flags / ssid\n");
     for (int i = 0; i < 67; ++i)
-        used += (size_t)sprintf(scan + used, "02:00:00:00:%02x:00\t%d\t-%d\t[WPA2-PSK-CCMP][ESS]\t"
-                                "Network %d\n", i, 2412 + 5 * (i % 13), 40 + i % 50, i);
+        used += (size_t)sprintf(scan + used,
+                                "02:00:00:00:%02x:00\t%d\t-%d\t[WPA2-PSK-CCMP][ESS]\t"
+                                "Network %d\n",
+                                i, 2412 + 5 * (i % 13), 40 + i % 50, i);
 
     const int server = socket(AF_UNIX, SOCK_DGRAM, 0);
     const struct sockaddr_un own = address(path);
-    if (bind(server, (const struct sockaddr *)&own, sizeof(own)) != 0)
+    if (bind(server, (const struct sockaddr*)&own, sizeof(own)) != 0)
         return 1;
     for (;;) {
         char request[256] = "";
         struct sockaddr_un peer;
         socklen_t length = sizeof(peer);
-        if (recvfrom(server, request, sizeof(request) - 1, 0, (struct sockaddr *)&peer, &length) < 0)
+        if (recvfrom(server, request, sizeof(request) - 1, 0, (struct sockaddr*)&peer, &length) < 0)
             return 1;
-        const char *reply = "OK\n";
+        const char* reply = "OK\n";
         size_t size = 3;
         if (strcmp(request, "STATUS") == 0)
             reply = status, size = sizeof(status) - 1;
@@ -54,11 +56,11 @@ static int serve(const char *path)
             reply = scan, size = used;
         else if (strcmp(request, "LIST_NETWORKS") == 0)
             reply = saved, size = sizeof(saved) - 1;
-        sendto(server, reply, size, 0, (const struct sockaddr *)&peer, length);
+        sendto(server, reply, size, 0, (const struct sockaddr*)&peer, length);
     }
 }
 
-int main(int argc, char **argv)
+int main(int argc, char** argv)
 {
     if (argc == 3 && strcmp(argv[1], "--serve") == 0)
         return serve(argv[2]);
@@ -69,10 +71,10 @@ int main(int argc, char **argv)
         const int client = socket(AF_UNIX, SOCK_DGRAM, 0);
         const struct sockaddr_un own = address(path);
         const struct sockaddr_un peer = address(argv[1]);
-        struct pollfd waiting = { client, POLLIN, 0 };
-        if (bind(client, (const struct sockaddr *)&own, sizeof(own)) != 0
+        struct pollfd waiting = {client, POLLIN, 0};
+        if (bind(client, (const struct sockaddr*)&own, sizeof(own)) != 0
             || chmod(path, S_IRUSR | S_IWUSR) != 0
-            || connect(client, (const struct sockaddr *)&peer, sizeof(peer)) != 0
+            || connect(client, (const struct sockaddr*)&peer, sizeof(peer)) != 0
             || send(client, argv[i], strlen(argv[i]), 0) < 0 || poll(&waiting, 1, 3000) <= 0)
             return 1;
         const ssize_t size = recv(client, reply, sizeof(reply), 0);

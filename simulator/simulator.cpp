@@ -379,9 +379,8 @@ private:
     }
 
     string config_path_;
-    string settings_{};
+    string settings_{}, idle_state_{};
     std::map<int, Profile> profiles_{};
-    string idle_state_{};
     int current_ = -1;
     const AccessPoint* point_ = nullptr;
     long now_ = monotonic_milliseconds();

@@ -44,7 +44,7 @@ static void show_echo(int side)
 // Reads for as long as `pause_ms` brings something new.
 static void look(int pause_ms)
 {
-    struct pollfd waiting = { terminal, POLLIN, 0 };
+    struct pollfd waiting = {terminal, POLLIN, 0};
     while (poll(&waiting, 1, pause_ms) > 0) {
         char text[1024];
         const ssize_t size = read(terminal, text, sizeof text);

@@ -94,7 +94,7 @@ ssize_t send(int descriptor, const void* bytes, size_t size, int flags)
 int poll(struct pollfd* descriptors, nfds_t count, int timeout)
 {
     int (*const call)(struct pollfd*, nfds_t, int) = real("poll");
-    struct sockaddr address;
+    struct sockaddr address = {0};
     socklen_t length = sizeof(address);
     const int ours = count == 1 && getsockname(descriptors[0].fd, &address, &length) == 0
         && address.sa_family == AF_UNIX;

@@ -334,7 +334,8 @@ bool Terminal::read_some(int timeout_ms)
 void Terminal::wait_for(const std::string& text)
 {
     wait_until("the screen holds \"" + text + '"', [&] {
-        return screen_.find(text) != std::string::npos || (read_some(100) && false);
+        read_some(10);
+        return screen_.find(text) != std::string::npos;
     });
 }
 
@@ -367,12 +368,12 @@ void Terminal::wait_until_stopped() const
 Outcome Terminal::finish()
 {
     // The terminal stays open on our side, so the end of the program is asked for, not read.
-    siginfo_t ended{};
-    do {
+    wait_until("the program has ended", [this] {
         read_some(10);
-        ended.si_pid = 0;
+        siginfo_t ended{};
         waitid(P_PID, static_cast<id_t>(pid_), &ended, WEXITED | WNOHANG | WNOWAIT);
-    } while (ended.si_pid == 0);
+        return ended.si_pid != 0;
+    });
     while (read_some(0)) { }
     Outcome outcome{wait_for_end(pid_), screen_, "", files_left_by(pid_)};
     pid_ = -1;

@@ -96,6 +96,7 @@ public:
     /// Waits until SIGSTOP has taken effect. Throws after 30 s.
     void wait_until_stopped() const;
     /// Waits for the end: the screen in `out` with "\r\n" line ends, `err` empty.
+    /// Throws after 30 s without.
     Outcome finish();
 
 private:
