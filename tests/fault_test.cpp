@@ -157,6 +157,21 @@ TEST(HiddenEntry, PutsThreeHandlersBackWhereTheFourthCannotBeInstalled)
     expect_password_read_with_echo(fault("sigaction", EINVAL, 4));
 }
 
+TEST(HiddenEntry, LeavesSignalsAloneAfterAHandlerThatCannotBeInstalled)
+{
+    Town town({{"ADD_NETWORK", {silence()}}});
+    Terminal terminal({"pick"}, environment_for(town.path(), fault("sigaction", EINVAL, 3)),
+                      ignore_all_four);
+    terminal.wait_for("Network number: ");
+    terminal.type("5\n");
+    terminal.wait_for("Wi-Fi password: ");
+    terminal.wait_until_reading();
+    terminal.type("home2-password\n");
+    ASSERT_TRUE(town.wait_for("ADD_NETWORK"));
+    EXPECT_EQ(dispositions_of(terminal.pid()), four_ignored);
+    EXPECT_EQ(terminal.finish().status, 1);
+}
+
 TEST(HiddenEntry, EndsNormallyWhereEchoCannotBeTurnedOn)
 {
     Town town;
