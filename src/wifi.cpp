@@ -60,17 +60,20 @@ std::pair<sockaddr_un, socklen_t> unix_address(const QByteArray& path)
     return {address, static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + size_with_nul)};
 }
 
-QByteArray field(const QByteArray& line, int index)
+/// Takes what stands before the next `separator`, or all where there is none, off `text`.
+QByteArrayView take(QByteArrayView& text, char separator)
 {
-    qsizetype start = 0;
-    for (; index > 0; --index) {
-        const qsizetype tab = line.indexOf('\t', start);
-        if (tab < 0)
-            return {};
-        start = tab + 1;
-    }
-    const qsizetype end = line.indexOf('\t', start);
-    return line.mid(start, end < 0 ? -1 : end - start);
+    const qsizetype found = text.indexOf(separator);
+    const QByteArrayView piece = text.first(found < 0 ? text.size() : found);
+    text = text.sliced(found < 0 ? text.size() : found + 1);
+    return piece;
+}
+
+QByteArrayView field(QByteArrayView line, int index)
+{
+    for (; index > 0; --index)
+        take(line, '\t');
+    return take(line, '\t');
 }
 
 Security classify(const QString& flags)
@@ -88,7 +91,7 @@ Security classify(const QString& flags)
     return Security::Open;
 }
 
-void add_scanned(std::vector<Network>& networks, const QByteArray& line)
+void add_scanned(std::vector<Network>& networks, QByteArrayView line)
 {
     if (line.startsWith("bssid"))
         return;
@@ -111,7 +114,7 @@ void add_scanned(std::vector<Network>& networks, const QByteArray& line)
         *known = std::move(seen);
 }
 
-void add_saved(std::vector<Network>& networks, const QByteArray& line, const Status& status)
+void add_saved(std::vector<Network>& networks, QByteArrayView line, const Status& status)
 {
     bool id_ok = false;
     const int id = field(line, 0).toInt(&id_ok);
@@ -310,12 +313,11 @@ void Client::forget(const QString& ssid) const
 Status Client::parse_status(const QByteArray& text)
 {
     Status status;
-    for (const QByteArray& line : text.split('\n')) {
-        const qsizetype equals = line.indexOf('=');
-        if (equals < 0)
+    for (QByteArrayView lines = text; !lines.isEmpty();) {
+        QByteArrayView value = take(lines, '\n');
+        if (!value.contains('='))
             continue;
-        const QByteArray name = line.left(equals);
-        const QByteArray value = line.mid(equals + 1);
+        const QByteArrayView name = take(value, '=');
         if (name == "wpa_state") {
             status.state = QString::fromUtf8(value);
         } else if (name == "ssid") {
@@ -336,10 +338,10 @@ std::vector<Network> Client::parse_networks(const QByteArray& scan, const QByteA
                                             const Status& status)
 {
     std::vector<Network> networks;
-    for (const QByteArray& line : scan.split('\n'))
-        add_scanned(networks, line);
-    for (const QByteArray& line : saved.split('\n'))
-        add_saved(networks, line, status);
+    for (QByteArrayView lines = scan; !lines.isEmpty();)
+        add_scanned(networks, take(lines, '\n'));
+    for (QByteArrayView lines = saved; !lines.isEmpty();)
+        add_saved(networks, take(lines, '\n'), status);
     std::ranges::stable_sort(networks, comes_before);
     return networks;
 }
