@@ -22,6 +22,8 @@ static struct sockaddr_un address(const char* path)
     return result;
 }
 
+ssize_t exchange(const char* server, const char* request, char* reply, size_t size);
+
 static int serve(const char* path)
 {
     static const char status[] = "bssid=02:00:00:00:01:00\nfreq=2437\nssid=Network 0\nid=0\n"
@@ -56,30 +58,41 @@ static int serve(const char* path)
             reply = scan, size = used;
         else if (strcmp(request, "LIST_NETWORKS") == 0)
             reply = saved, size = sizeof(saved) - 1;
+        else if (strcmp(request, "ADD_NETWORK") == 0)
+            reply = "2\n", size = 2;
         sendto(server, reply, size, 0, (const struct sockaddr*)&peer, length);
     }
 }
 
+/// Sends one request as corvane-wifi does. The size of the reply, or -1.
+ssize_t exchange(const char* server, const char* request, char* reply, size_t size)
+{
+    static unsigned int serial = 0;
+    char path[64];
+    sprintf(path, "/tmp/exchange-%d-%u", (int)getpid(), serial++);
+    const int client = socket(AF_UNIX, SOCK_DGRAM, 0);
+    const struct sockaddr_un own = address(path);
+    const struct sockaddr_un peer = address(server);
+    struct pollfd waiting = {client, POLLIN, 0};
+    unlink(path);
+    if (bind(client, (const struct sockaddr*)&own, sizeof(own)) != 0
+        || chmod(path, S_IRUSR | S_IWUSR) != 0
+        || connect(client, (const struct sockaddr*)&peer, sizeof(peer)) != 0
+        || send(client, request, strlen(request), 0) < 0 || poll(&waiting, 1, 3000) <= 0)
+        return -1;
+    const ssize_t received = recv(client, reply, size, 0);
+    close(client);
+    unlink(path);
+    return received;
+}
+
 int main(int argc, char** argv)
 {
+    static char reply[65536];
     if (argc == 3 && strcmp(argv[1], "--serve") == 0)
         return serve(argv[2]);
     for (int i = 2; i < argc; ++i) {
-        char path[64];
-        static char reply[65536];
-        sprintf(path, "/tmp/exchange-%d-%d", (int)getpid(), i);
-        const int client = socket(AF_UNIX, SOCK_DGRAM, 0);
-        const struct sockaddr_un own = address(path);
-        const struct sockaddr_un peer = address(argv[1]);
-        struct pollfd waiting = {client, POLLIN, 0};
-        if (bind(client, (const struct sockaddr*)&own, sizeof(own)) != 0
-            || chmod(path, S_IRUSR | S_IWUSR) != 0
-            || connect(client, (const struct sockaddr*)&peer, sizeof(peer)) != 0
-            || send(client, argv[i], strlen(argv[i]), 0) < 0 || poll(&waiting, 1, 3000) <= 0)
-            return 1;
-        const ssize_t size = recv(client, reply, sizeof(reply), 0);
-        close(client);
-        unlink(path);
+        const ssize_t size = exchange(argv[1], argv[i], reply, sizeof(reply));
         if (size < 0 || write(STDOUT_FILENO, reply, (size_t)size) != size)
             return 1;
     }

@@ -14,3 +14,9 @@ set(CMAKE_CXX_FLAGS_INIT "${flags}")
 # No position independence: armhf's C library has no start file for it in a static program, and
 # without it nothing is relocated at start. Fewer segments are fewer page faults.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -no-pie -Wl,--gc-sections -Wl,-z,noseparate-code")
+
+# A static program registers its unwind tables as a heap that the first exception sorts, which costs
+# an error message a hundred times what the rest does. Its weak call is led to nothing instead,
+# and the linker adds a sorted table.
+string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " -Wl,--eh-frame-hdr,--wrap=__register_frame_info"
+       ",--wrap=__deregister_frame_info")
