@@ -26,7 +26,7 @@ ssize_t exchange(const char* server, const char* request, char* reply, size_t si
 
 static int serve(const char* path)
 {
-    static const char status[] = "bssid=02:00:00:00:01:00\nfreq=2437\nssid=Network 0\nid=0\n"
+    static const char status[] = "bssid=02:00:00:00:01:00\nfreq=2437\nssid=Caf\xc3\xa9\nid=0\n"
                                  "mode=station\npairwise_cipher=CCMP\ngroup_cipher=CCMP\n"
                                  "key_mgmt=WPA2-PSK\nwpa_state=COMPLETED\nip_address=10.0.0.7\n"
                                  "address=02:00:00:00:00:00\nuuid=0\n";

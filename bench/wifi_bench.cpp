@@ -69,7 +69,7 @@ void connect_new(benchmark::State& state)
     const Client client(QString::fromStdString(server_path));
     const double before = user_microseconds();
     for (auto _ : state)
-        client.connect_new("Network 0", Security::Personal, "network-0-password", 15000);
+        client.connect_new(QStringLiteral("Caf\u00e9"), Security::Personal, "cafe-password", 15000);
     state.counters["user_us"] = benchmark::Counter(user_microseconds() - before,
                                                    benchmark::Counter::kAvgIterations);
 }
