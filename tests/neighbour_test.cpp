@@ -25,8 +25,7 @@ constexpr uid_t stranger = 65534;
 constexpr uid_t ordinary = 65533;
 
 const Outcome idle = success("State: DISCONNECTED\nNetwork: \nAddress: \n");
-const std::string taken =
-    "Could not bind temporary Wi-Fi control socket: Address already in use";
+const std::string taken = "Could not bind temporary Wi-Fi control socket: Address already in use";
 
 /// The socket file of this process's first request. Fit for a Preparation.
 const char* own_path()
@@ -106,9 +105,8 @@ void expect_no_forged_reply(uid_t forger, int error)
 {
     const HandSupplicant supplicant;
     const Environment environment = environment_for(supplicant.path());
-    auto ended = std::async(std::launch::async, [&] {
-        return run({"status"}, environment, "", [] { umask(0); });
-    });
+    auto ended = std::async(std::launch::async,
+                            [&] { return run({"status"}, environment, "", [] { umask(0); }); });
     const HandSupplicant::Request request = supplicant.receive();
     EXPECT_EQ(error_of_forgery(request.sender, forger), error);
     EXPECT_EQ(supplicant.send(request.sender, "wpa_state=REAL\n"), 0);

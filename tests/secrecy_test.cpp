@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) The corvane-wifi authors
+
+// A password shows up nowhere but on its way to the supplicant, whatever fails on that way.
+
+#include "support/town.hpp"
+
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+
+#include <cstdlib>
+#include <future>
+#include <memory>
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+/// In every password here, and in nothing else. Too short for a password.
+const std::string secret = "Zq#7~v&";
+
+/// From here on a byte that goes into a file ends the program; the counts of coverage have to.
+void write_no_file()
+{
+    const rlimit nothing{0, 0};
+    if (getenv("CORVANE_TEST_PRELOAD") == nullptr)
+        setrlimit(RLIMIT_FSIZE, &nothing);
+}
+
+/// A way to hand the program a password; gives what it printed.
+struct Way {
+    std::string name;
+    Requests before; ///< Of the first step.
+    Outcome (*join)(const std::string& socket, const std::string& password);
+};
+
+Outcome connect_by_pipe(const std::string& socket, const std::string& password)
+{
+    return run({"connect", "--password-stdin", "Home2"}, environment_for(socket), password + "\n",
+               write_no_file);
+}
+
+Outcome pick_by_pipe(const std::string& socket, const std::string& password)
+{
+    return run({"pick"}, environment_for(socket), "5\n" + password + "\n", write_no_file);
+}
+
+Outcome pick_at_terminal(const std::string& socket, const std::string& password)
+{
+    Terminal terminal({"pick"}, environment_for(socket), write_no_file);
+    terminal.wait_for("Network number: ");
+    terminal.type("5\n");
+    terminal.wait_for("Wi-Fi password: ");
+    terminal.wait_for_echo(false);
+    terminal.wait_until_reading();
+    terminal.type(password + "\n");
+    return terminal.finish();
+}
+
+/// Without the terminal's own echo of the one line.
+Outcome connect_at_terminal(const std::string& socket, const std::string& password)
+{
+    Terminal terminal({"connect", "--password-stdin", "Home2"}, environment_for(socket),
+                      write_no_file);
+    terminal.wait_until_reading();
+    terminal.type(password + "\n");
+    Outcome outcome = terminal.finish();
+    EXPECT_THAT(outcome.out, StartsWith(secret));
+    outcome.out.erase(0, outcome.out.find('\n') + 1);
+    return outcome;
+}
+
+const std::vector<Way> ways = {
+    {"ConnectingByPipe", look, connect_by_pipe},
+    {"ConnectingAtATerminal", look, connect_at_terminal},
+    {"PickingByPipe", scan, pick_by_pipe},
+    {"PickingAtATerminal", scan, pick_at_terminal},
+};
+
+/// What the supplicant is asked from the password on.
+const std::vector<std::string> steps = {
+    "ADD_NETWORK",
+    "SET_NETWORK 3 ssid",
+    "SET_NETWORK 3 key_mgmt",
+    "SET_NETWORK 3 psk",
+    "ENABLE_NETWORK 3",
+    "SELECT_NETWORK 3",
+    "STATUS",
+    "SAVE_CONFIG",
+};
+
+Script answer(const std::string& step, const Answer& answer)
+{
+    if (step == "STATUS")
+        return {{step, {reply(connected("Twins", 1)), answer}}};
+    return {{step, {answer}}};
+}
+
+void expect_no_secret_in(const Outcome& outcome, int status)
+{
+    EXPECT_EQ(outcome.status, status);
+    EXPECT_THAT(outcome.out + outcome.err, Not(HasSubstr(secret)));
+    EXPECT_THAT(outcome.left, IsEmpty());
+}
+
+class Password : public testing::TestWithParam<Way> { };
+
+} // namespace
+
+TEST_P(Password, IsNotPrintedWhereAllGoesWell)
+{
+    Town town;
+    expect_no_secret_in(GetParam().join(town.path(), secret + "-home2"), 0);
+    EXPECT_TRUE(town.wait_for("SET_NETWORK 3 psk \"" + secret + "-home2\""));
+}
+
+TEST_P(Password, IsNotPrintedWhereItIsNoPassword)
+{
+    const std::string nul(1, '\0');
+    for (const std::string& password :
+         {secret, secret + std::string(57, 'x'), secret + nul + secret, secret + "\u2615" + nul}) {
+        Town town;
+        expect_no_secret_in(GetParam().join(town.path(), password), 1);
+    }
+}
+
+TEST_P(Password, IsNotPrintedWhereAStepIsRefusedOrTheSupplicantGoesAway)
+{
+    for (const std::string& step : steps) {
+        SCOPED_TRACE(step);
+        for (const Answer& refusal : {reply("FAIL\n"), last_reply("FAIL\n")}) {
+            Town town(answer(step, refusal));
+            expect_no_secret_in(GetParam().join(town.path(), secret + "-home2"), 1);
+        }
+    }
+}
+
+TEST_P(Password, IsNotHeldWhereOthersCanLookWhileTheSupplicantIsSilent)
+{
+    const auto& [name, before, join] = GetParam();
+    std::vector<std::unique_ptr<Town>> towns;
+    std::vector<std::future<Outcome>> ends;
+    for (const std::string& step : steps) {
+        towns.push_back(std::make_unique<Town>(answer(step, silence())));
+        ends.push_back(
+            std::async(std::launch::async, join, towns.back()->path(), secret + "-home2"));
+    }
+    for (size_t i = 0; i < steps.size(); ++i) {
+        SCOPED_TRACE(steps[i]);
+        wait_until("the step is taken",
+                   [&] { return towns[i]->records().size() > before.size() + i; });
+        const Request request = towns[i]->records().back();
+        EXPECT_THAT(request.bytes, StartsWith(steps[i]));
+        const pid_t pid = std::stoi(request.sender.substr(request.sender.find("wpa-") + 4));
+        const std::string seen = process_file(pid, "cmdline") + process_file(pid, "environ");
+        EXPECT_THAT(seen,
+                    AllOf(HasSubstr("corvane-wifi"), HasSubstr("CORVANE_WPA_SOCKET"),
+                          Not(HasSubstr(secret))));
+    }
+    for (std::future<Outcome>& end : ends)
+        expect_no_secret_in(end.get(), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(, Password, testing::ValuesIn(ways), by_name);
+
+// The reply is part of the message. wpa_supplicant's own replies quote no request.
+TEST(HostileReply, ThatSaysThePasswordIsPrintedAsItIs)
+{
+    const std::string request = "SET_NETWORK 3 psk \"" + secret + "-home2\"";
+    Town town({{"SET_NETWORK 3 psk", {reply("FAIL " + request + "\n")}}});
+    EXPECT_EQ(connect_by_pipe(town.path(), secret + "-home2"),
+              failure("Could not set WPA password: FAIL " + request));
+}
