@@ -38,6 +38,11 @@ struct Way {
     Outcome (*join)(const std::string& socket, const std::string& password);
 };
 
+std::ostream& operator<<(std::ostream& stream, const Way& value)
+{
+    return stream << value.name;
+}
+
 Outcome connect_by_pipe(const std::string& socket, const std::string& password)
 {
     return run({"connect", "--password-stdin", "Home2"}, environment_for(socket), password + "\n",
