@@ -37,8 +37,9 @@ public:
     Mirror()
         : thread_([this] {
             for (Request request = receive(); !request.sender.empty(); request = receive())
-                send(request.sender,
-                     "wpa_state=" + request.bytes + "\nssid=" + request.sender + "\n");
+                EXPECT_EQ(send(request.sender,
+                               "wpa_state=" + request.bytes + "\nssid=" + request.sender + "\n"),
+                          0);
         })
     {
     }

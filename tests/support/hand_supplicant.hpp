@@ -5,8 +5,8 @@
 
 #include "support/temporary_folder.hpp"
 
+#include <poll.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -27,9 +27,7 @@ public:
         : socket_(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0))
     {
         const sockaddr_un address = address_of(path());
-        const timeval patience{30, 0};
-        if (bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0
-            || setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof(patience)) != 0)
+        if (bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0)
             throw std::runtime_error("supplicant's socket");
     }
     ~HandSupplicant()
@@ -55,6 +53,9 @@ public:
     /// Waits for a request: 30 s, or to the call of stop().
     Request receive() const
     {
+        pollfd waiting{socket_, POLLIN, 0};
+        if (poll(&waiting, 1, 30000) <= 0)
+            return {};
         std::array<char, 256> bytes;
         sockaddr_un sender{};
         socklen_t length = sizeof(sender);
