@@ -189,7 +189,8 @@ QByteArray Client::command(const QByteArray& request, int timeout_ms) const
         return failure(message);
     };
 
-    unlink(local.constData()); // left by an earlier process of the same id
+    unlink(local.constData());             // left by an earlier process of the same id
+    fchmod(descriptor, S_IRUSR | S_IWUSR); // Linux gives the file this mode less the umask
     const auto [own, own_length] = unix_address(local);
     if (bind(descriptor, reinterpret_cast<const sockaddr*>(&own), own_length) != 0)
         throw clean_failure(u"Could not bind temporary Wi-Fi control socket: "_s);

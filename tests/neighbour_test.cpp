@@ -184,6 +184,21 @@ TEST(ForgedReply, OfAnotherUserIsNotDeliveredWhateverTheMask)
     expect_no_forged_reply(stranger, EACCES);
 }
 
+TEST(ForgedReply, OfAnotherUserIsNotDeliveredBeforeTheSocketFileIsProtected)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "takes root to become another";
+    const HandSupplicant supplicant;
+    Terminal terminal({"status"}, environment_for(supplicant.path(), fault("chmod", -SIGSTOP)),
+                      [] { umask(0); });
+    terminal.wait_until_stopped();
+    const std::string socket = "/tmp/corvane-wpa-" + std::to_string(terminal.pid()) + "-0";
+    EXPECT_EQ(error_of_forgery(socket, stranger), EACCES);
+    kill(terminal.pid(), SIGCONT);
+    EXPECT_EQ(supplicant.send(supplicant.receive().sender, "wpa_state=REAL\n"), 0);
+    EXPECT_EQ(terminal.finish(), success(on_screen("State: REAL\nNetwork: \nAddress: \n")));
+}
+
 TEST(BelatedReply, FindsNobodyAndDisturbsNoLaterExchange)
 {
     const HandSupplicant supplicant;
