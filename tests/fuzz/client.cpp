@@ -37,7 +37,7 @@ constexpr const char* server = "/run/fuzz/wlan0";
 struct Exchange {
     QByteArray script;
     QByteArray request = {}; ///< Empty when a call before send() failed.
-    QByteArray error = {};   ///< What its message ends in, where a call failed.
+    QByteArray error = {};   ///< What its message ends in, where it fails.
     QByteArray reply = {};
     bool answered = false;
 };
@@ -139,6 +139,7 @@ ssize_t send(int, const void* data, size_t size, int)
 int poll(pollfd*, nfds_t count, int timeout)
 {
     require(count == 1 && timeout == 3000, "a reply has three seconds");
+    require(stage.exchanges.back().script.trimmed() != "!short", "half a request has no reply");
     const bool failed = fails("poll");
     const bool silent = stage.exchanges.back().script.trimmed() == "!wait";
     clock_ms += silent ? timeout : 1;
@@ -158,6 +159,8 @@ ssize_t recv(int, void* buffer, size_t size, int)
     std::memcpy(buffer, exchange.reply.constData(), received);
     while (exchange.reply.endsWith('\n') || exchange.reply.endsWith('\r'))
         exchange.reply.chop(1);
+    if (exchange.request != "ADD_NETWORK")
+        exchange.error = QString::fromUtf8(exchange.reply).toUtf8().constData(); // as what() ends
     return static_cast<ssize_t>(received);
 }
 
