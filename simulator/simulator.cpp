@@ -405,6 +405,7 @@ int listen_at(const char* path)
     std::memcpy(address.sun_path, path, std::strlen(path));
     const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        // cppcheck-suppress resourceLeak ; the program ends
         throw std::runtime_error("cannot listen at " + string(path) + ": " + std::strerror(errno));
     socket_path = path;
     for (const int number : {SIGTERM, SIGINT, SIGHUP})
