@@ -24,6 +24,7 @@
 #include <system_error>
 #include <thread>
 #include <tuple>
+#include <utility>
 
 namespace {
 
@@ -33,8 +34,9 @@ constexpr std::chrono::seconds patience(30);
 class Invocation {
 public:
     Invocation(const std::vector<std::string>& arguments, Environment environment,
-               Preparation prepare)
-        : prepare_(prepare)
+               Preparation prepare, std::vector<std::string> tracer)
+        : words_(std::move(tracer))
+        , prepare_(prepare)
     {
         // For its _exit(), where coverage is counted.
         if (getenv("CORVANE_TEST_PRELOAD") != nullptr)
@@ -87,6 +89,11 @@ std::vector<std::string> files_left_by(pid_t pid)
     std::vector<std::string> result(found.gl_pathv, found.gl_pathv + found.gl_pathc);
     globfree(&found);
     return result;
+}
+
+bool reads(pid_t pid)
+{
+    return process_file(pid, "syscall").starts_with(std::to_string(SYS_read) + " 0x0 ");
 }
 
 int wait_for_end(pid_t pid)
@@ -217,12 +224,12 @@ void wait_until(const std::string& what, const std::function<bool()>& condition)
 }
 
 Outcome run(const std::vector<std::string>& arguments, const Environment& environment,
-            const std::string& input, Preparation prepare)
+            const std::string& input, Preparation prepare, const std::vector<std::string>& tracer)
 {
     Pipe in;
     Pipe out;
     Pipe err;
-    Invocation invocation(arguments, environment, prepare);
+    Invocation invocation(arguments, environment, prepare, tracer);
     const pid_t pid = fork();
     if (pid == 0) {
         dup2(in.ends[0], STDIN_FILENO);
@@ -257,13 +264,13 @@ bool operator==(const termios& left, const termios& right)
 }
 
 Terminal::Terminal(const std::vector<std::string>& arguments, const Environment& environment,
-                   Preparation prepare)
+                   Preparation prepare, const std::vector<std::string>& tracer)
 {
     if (openpty(&master_, &slave_, nullptr, nullptr, nullptr) != 0)
         throw std::system_error(errno, std::generic_category(), "openpty");
     fcntl(master_, F_SETFD, FD_CLOEXEC);
     fcntl(slave_, F_SETFD, FD_CLOEXEC);
-    Invocation invocation(arguments, environment, prepare);
+    Invocation invocation(arguments, environment, prepare, tracer);
     pid_ = fork();
     if (pid_ == 0) {
         login_tty(dup(slave_));
@@ -351,9 +358,7 @@ void Terminal::wait_until_typed() const
 
 void Terminal::wait_until_reading() const
 {
-    const std::string reading = std::to_string(SYS_read) + " 0x0 ";
-    wait_until("standard input is read",
-               [&] { return process_file(pid_, "syscall").starts_with(reading); });
+    wait_until("standard input is read", [this] { return reads(pid_); });
 }
 
 void Terminal::wait_until_stopped() const
@@ -365,11 +370,15 @@ void Terminal::wait_until_stopped() const
     });
 }
 
-Outcome Terminal::finish()
+Outcome Terminal::finish(const std::vector<Question>& questions)
 {
+    auto next = questions.begin();
     // The terminal stays open on our side, so the end of the program is asked for, not read.
-    wait_until("the program has ended", [this] {
-        read_some(10);
+    wait_until("the program has ended", [&] {
+        read_some(questions.empty() ? 10 : 1);
+        if (next != questions.end() && screen_.find(next->prompt) != std::string::npos
+            && reads(tcgetpgrp(master_)))
+            type((next++)->answer);
         siginfo_t ended{};
         waitid(P_PID, static_cast<id_t>(pid_), &ended, WEXITED | WNOHANG | WNOWAIT);
         return ended.si_pid != 0;

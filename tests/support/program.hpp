@@ -37,9 +37,11 @@ Environment environment_for(const std::string& socket, const Environment& more =
 /// functions may be used.
 using Preparation = void (*)();
 
-/// Runs the program to its end with `input` on a pipe as standard input.
+/// Runs the program to its end with `input` on a pipe as standard input. With `tracer`, the words
+/// of a command that makes way for the program, it is that command's to watch.
 Outcome run(const std::vector<std::string>& arguments, const Environment& environment,
-            const std::string& input = {}, Preparation prepare = nullptr);
+            const std::string& input = {}, Preparation prepare = nullptr,
+            const std::vector<std::string>& tracer = {});
 
 /// Makes the `nth` system call of that name fail (1 is the first), see faults.c:
 /// `fault("bind", ENOSPC)`. An error of 0 makes send() short and poll() time out; one of -N
@@ -66,11 +68,16 @@ void wait_until(const std::string& what, const std::function<bool()>& condition)
 
 bool operator==(const termios& left, const termios& right);
 
+struct Question {
+    std::string prompt;
+    std::string answer;
+};
+
 /// The program at a pseudo-terminal of its own, which is its standard input, output and error.
 class Terminal {
 public:
     Terminal(const std::vector<std::string>& arguments, const Environment& environment,
-             Preparation prepare = nullptr);
+             Preparation prepare = nullptr, const std::vector<std::string>& tracer = {});
     ~Terminal(); ///< Ends the program if it still runs.
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
@@ -96,8 +103,9 @@ public:
     /// Waits until SIGSTOP has taken effect. Throws after 30 s.
     void wait_until_stopped() const;
     /// Waits for the end: the screen in `out` with "\r\n" line ends, `err` empty.
-    /// Throws after 30 s without.
-    Outcome finish();
+    /// Throws after 30 s without. Meanwhile types the answer to each question that comes up, in
+    /// their order, once the foreground process reads it.
+    Outcome finish(const std::vector<Question>& questions = {});
 
 private:
     size_t waiting() const; ///< Bytes in whole lines that nobody has read.
