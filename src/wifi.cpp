@@ -264,11 +264,11 @@ void Client::connect_new(const QString& ssid, Security security, const QString& 
     if (!id_ok || id < 0)
         throw failure(u"wpa_supplicant did not create a network profile."_s);
 
-    const QByteArray profile = QByteArray::number(id);
     const auto confirm = [this](const QByteArray& request, const char* operation) {
         require_ok(command(request, reply_timeout_ms), operation);
     };
-    try {
+    try { // from here on even a lack of memory removes the profile
+        const QByteArray profile = QByteArray::number(id);
         const QByteArray set = "SET_NETWORK " + profile;
         confirm(set + " ssid " + encode_ssid(ssid), "set Wi-Fi network name");
         if (security == Security::Open) {
@@ -284,7 +284,7 @@ void Client::connect_new(const QString& ssid, Security security, const QString& 
         confirm("SAVE_CONFIG", "save Wi-Fi network");
     } catch (...) {
         try {
-            command("REMOVE_NETWORK " + profile, reply_timeout_ms);
+            command("REMOVE_NETWORK " + QByteArray::number(id), reply_timeout_ms);
         } catch (...) { // the first failure is the one to report
         }
         throw;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// Every action with one of its system calls failing or with a signal at one of them: each of them in
-// turn, as an undisturbed run made them.
+// Every action with one of its system calls failing, with a signal at one of them, or without
+// memory at one of its allocations: each of them in turn, as an undisturbed run made them.
 
 #include "cvn/wifi.hpp"
 #include "support/temporary_folder.hpp"
@@ -271,10 +271,10 @@ std::string without_password(std::string screen)
 }
 
 /// Of many trials one in so many is made: where CORVANE_EVERY is 1, all.
-size_t every()
+size_t every(size_t ordinarily = 8)
 {
     const char* other = getenv("CORVANE_EVERY");
-    return other == nullptr ? 8 : std::stoul(other);
+    return other == nullptr ? ordinarily : std::stoul(other);
 }
 
 void report(int tried, const std::string& what)
@@ -299,6 +299,7 @@ protected:
 
 class FaultAtAnyCall : public Traced<Action> { };
 class SignalAtAnyCall : public Traced<std::tuple<Action, int>> { };
+class NoMemoryAtAnyAllocation : public testing::TestWithParam<Action> { };
 
 } // namespace
 
@@ -408,3 +409,46 @@ INSTANTIATE_TEST_SUITE_P(Each, SignalAtAnyCall,
                              return std::get<0>(row.param).name + "_SIG"
                                  + sigabbrev_np(std::get<1>(row.param));
                          });
+
+TEST_P(NoMemoryAtAnyAllocation, IsReportedOrDoesNotMatter)
+{
+    const Action& action = GetParam();
+    const Trial undisturbed = attempt(action, all_answers);
+    const Outcome& quiet = undisturbed.outcome;
+    const Requests& requests = undisturbed.requests;
+    int last = 0;
+    for (int step = 1 << 12; step > 0; step /= 2)
+        if (attempt(action, all_answers, fault("malloc", -SIGKILL, last + step)).outcome.status
+            == -SIGKILL)
+            last += step;
+    // One action's, which are most of the library's, at any rate.
+    const size_t step = every(action.name == "ConnectOpen" ? 1 : 8);
+    int tried = 0;
+    for (int nth = 1; nth <= last; nth += static_cast<int>(step)) {
+        ++tried;
+        SCOPED_TRACE("allocation " + std::to_string(nth) + " of " + std::to_string(last));
+        const Trial trial = attempt(action, all_answers, fault("malloc", ENOMEM, nth));
+        EXPECT_TRUE(trial.terminal_kept);
+        if (trial.outcome == quiet) {
+            EXPECT_EQ(trial.requests, requests);
+            continue;
+        }
+        // An exchange that runs out of memory leaves its file, and one that adds a profile does
+        // not tell its number.
+        const bool within = trial.outcome.left.size() == 1;
+        Outcome expected = failure("std::bad_alloc");
+        if (within)
+            expected.left = trial.outcome.left;
+        EXPECT_EQ(comparable(trial.outcome, quiet), expected);
+
+        Requests wire(requests.begin(), std::ranges::mismatch(requests, trial.requests).in1);
+        const auto add = std::ranges::find(wire, "ADD_NETWORK");
+        const bool added = add != wire.end() && (add + 1 != wire.end() || !within);
+        if (added && (wire != requests || within))
+            wire.push_back(removal);
+        EXPECT_EQ(trial.requests, wire);
+    }
+    report(tried, "allocations");
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, NoMemoryAtAnyAllocation, testing::ValuesIn(actions), by_name);

@@ -6,8 +6,8 @@
 // takes a byte less than it got and poll() times out; with ERROR -N, signal N is raised and the
 // call does its work. Only calls that the program itself must mean are counted: local datagram
 // sockets, standard input, the signals that end a program. With "setlocale", Qt warns at start, as
-// some builds of it do of their own accord about a locale that is not UTF-8. close() and unlink()
-// work, and leave an errno of their own behind, as they may.
+// some builds of it do of their own accord about a locale that is not UTF-8. "malloc" is any
+// allocation. close() and unlink() work, and leave an errno of their own behind, as they may.
 
 #define _GNU_SOURCE
 #include <dlfcn.h>
@@ -131,6 +131,44 @@ int sigaction(int signal, const struct sigaction* action, struct sigaction* old)
     const int ours = signal == SIGHUP || signal == SIGINT || signal == SIGQUIT || signal == SIGTERM;
     return ours && failed("sigaction") ? -1 : call(signal, action, old);
 }
+
+#ifdef FAULTS_IN_ALLOCATIONS
+
+#define INSTALL "_Z22qInstallMessageHandlerPFv9QtMsgTypeRK18QMessageLogContextRK7QStringE"
+
+/// main() calls it a second time once Qt has started: allocations count from there.
+void* install_message_handler(void* handler) __asm__(INSTALL);
+
+static int installed = 0;
+
+void* install_message_handler(void* handler)
+{
+    void* (*const call)(void*) = real(INSTALL);
+    void* const previous = call(handler);
+    ++installed;
+    return previous;
+}
+
+void* __libc_malloc(size_t size);
+void* __libc_calloc(size_t count, size_t size);
+void* __libc_realloc(void* memory, size_t size);
+
+void* malloc(size_t size)
+{
+    return installed == 2 && failed("malloc") ? NULL : __libc_malloc(size);
+}
+
+void* calloc(size_t count, size_t size)
+{
+    return installed == 2 && failed("malloc") ? NULL : __libc_calloc(count, size);
+}
+
+void* realloc(void* memory, size_t size)
+{
+    return installed == 2 && failed("malloc") ? NULL : __libc_realloc(memory, size);
+}
+
+#endif
 
 char* setlocale(int category, const char* locale)
 {
