@@ -179,7 +179,10 @@ Trial attempt(const Action& action, size_t answers, const Environment& more = {}
     cvn::wifi::Client(QString::fromStdString(town.path())).command("PING", 30000);
     trial.requests = town.requests();
     trial.requests.pop_back();
-    // Behind a shell it is not known by its process id what the program left.
+    // Behind a shell the process id is the shell's, and what the program left is known by its
+    // requests.
+    if (prepare == under_a_shell)
+        trial.outcome.left.clear();
     for (const Request& record : town.records())
         if (prepare == under_a_shell && access(record.sender.c_str(), F_OK) == 0)
             trial.outcome.left.push_back(record.sender);
