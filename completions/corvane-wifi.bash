@@ -68,8 +68,9 @@ _corvane_wifi() {
         case $quote in
         \') rest=${rest//\'/\'\\\'\'} ;;
         \")
+            # No backslash keeps the history from a ! there, only its end does.
             # shellcheck disable=SC2001 # bash before 5.2 has no & in a replacement
-            rest=$(sed 's/["\\$`]/\\&/g' <<<"$rest")
+            rest=$(sed "s/[\"\\\\\$\`]/\\\\&/g; s/\(!!*\)\([^!]\)/\"'\1'\"\2/g" <<<"$rest")
             ;;
         *) [ -z "$rest" ] || printf -v rest %q "$rest" ;;
         esac
