@@ -87,6 +87,7 @@ struct Fault {
 const std::vector<Fault> faults = {
     {"socket", {EMFILE, ENOBUFS}, "Could not open Wi-Fi control socket: "},
     {"bind", {EADDRINUSE, ENOSPC}, "Could not bind temporary Wi-Fi control socket: "},
+    {"fchmod", {EINVAL, EINTR}, ""},
     {"chmod", {EROFS, EINTR}, "Could not protect temporary Wi-Fi control socket: "},
     {"fchmodat", {EROFS, EINTR}, "Could not protect temporary Wi-Fi control socket: "},
     {"connect", {ECONNREFUSED, ENOENT, EINTR}, "Could not connect to wpa_supplicant: "},
