@@ -149,18 +149,18 @@ TEST_P(Password, IsNotPrintedWhereAStepIsRefusedOrTheSupplicantGoesAway)
 
 TEST_P(Password, IsNotHeldWhereOthersCanLookWhileTheSupplicantIsSilent)
 {
-    const auto& [name, before, join] = GetParam();
+    const Way& way = GetParam();
     std::vector<std::unique_ptr<Town>> towns;
     std::vector<std::future<Outcome>> ends;
     for (const std::string& step : steps) {
         towns.push_back(std::make_unique<Town>(answer(step, silence())));
         ends.push_back(
-            std::async(std::launch::async, join, towns.back()->path(), secret + "-home2"));
+            std::async(std::launch::async, way.join, towns.back()->path(), secret + "-home2"));
     }
     for (size_t i = 0; i < steps.size(); ++i) {
         SCOPED_TRACE(steps[i]);
         wait_until("the step is taken",
-                   [&] { return towns[i]->records().size() > before.size() + i; });
+                   [&] { return towns[i]->records().size() > way.before.size() + i; });
         const Request request = towns[i]->records().back();
         EXPECT_THAT(request.bytes, StartsWith(steps[i]));
         const pid_t pid = std::stoi(request.sender.substr(request.sender.find("wpa-") + 4));
