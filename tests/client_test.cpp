@@ -911,10 +911,11 @@ TEST_P(ConnectTimeout, ComesFromTheEnvironmentOrTheCaller)
 INSTANTIATE_TEST_SUITE_P(
     , ConnectTimeout,
     testing::Values(Budget{"Unset", {}, 60000, 2}, Budget{"UnsetAndShort", {}, 200, {}},
-                    Budget{"UnsetAndZero", {}, 0, 0}, Budget{"UnsetAndNegative", {}, -5, 0},
-                    Budget{"Empty", "", 60000, 2}, Budget{"Word", "abc", 60000, 2},
-                    Budget{"Negative", "-1", 60000, 2}, Budget{"Zero", "0", 60000, 0},
-                    Budget{"Shorter", "200", 60000, {}}, Budget{"Hexadecimal", "0x10", 60000, {}},
+                    Budget{"UnsetAndShortest", {}, 1, {}}, Budget{"UnsetAndZero", {}, 0, 0},
+                    Budget{"UnsetAndNegative", {}, -5, 0}, Budget{"Empty", "", 60000, 2},
+                    Budget{"Word", "abc", 60000, 2}, Budget{"Negative", "-1", 60000, 2},
+                    Budget{"Zero", "0", 60000, 0}, Budget{"Shorter", "200", 60000, {}},
+                    Budget{"Hexadecimal", "0x10", 60000, {}},
                     Budget{"LongerThanZero", "60000", 0, 2},
                     Budget{"LongerThanNegative", "60000", -1, 2}),
     by_name<Budget>);

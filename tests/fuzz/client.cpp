@@ -81,6 +81,7 @@ QByteArray path_in(const sockaddr* address, socklen_t length)
 void QThread::msleep(unsigned long ms)
 {
     require(!stage.open, "no socket is held over a pause");
+    require(ms == (stage.exchanges.back().request == "SCAN" ? 1400 : 400), "pauses have a length");
     clock_ms += static_cast<qint64>(ms);
 }
 
