@@ -13,8 +13,10 @@ set(CMAKE_C_FLAGS_INIT "${flags}")
 set(CMAKE_CXX_FLAGS_INIT "${flags}")
 
 # No position independence: armhf's C library has no start file for it in a static program, and
-# without it nothing is relocated at start. Fewer segments are fewer page faults.
+# without it nothing is relocated at start. Fewer segments are fewer page faults, and sorted by
+# alignment fewer pages are read.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -no-pie -Wl,--gc-sections -Wl,-z,noseparate-code,-z,now")
+string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " -Wl,--sort-section=alignment")
 
 # A static program registers its unwind tables as a heap that the first exception sorts, which costs
 # an error message a hundred times what the rest does. Its weak call is led to nothing instead,
