@@ -154,7 +154,7 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
 Environment environment_for(const std::string& socket, const Environment& more)
 {
     Environment result = more;
-    for (const char* inherited : {"ASAN_OPTIONS", "TSAN_OPTIONS", "GCOV_PREFIX"})
+    for (const char* inherited : {"ASAN_OPTIONS", "TSAN_OPTIONS"})
         if (const char* value = getenv(inherited))
             result.emplace(inherited, value);
     result.merge(Environment{
