@@ -319,8 +319,9 @@ void run_action(const QString& action, const Client& client, const QStringList& 
 int main(int argc, char** argv)
 {
     // Some Qt builds warn about a locale that is not UTF-8. Text is UTF-8 here in any locale.
-    qInstallMessageHandler(ignore_message);
+    const QtMessageHandler print_message = qInstallMessageHandler(ignore_message);
     const QCoreApplication app(argc, argv);
+    qInstallMessageHandler(print_message);
     try {
         QStringList arguments = QCoreApplication::arguments();
         arguments.removeFirst();

@@ -283,6 +283,7 @@ size_t every(size_t ordinarily = 8)
 
 void report(int tried, const std::string& what)
 {
+    EXPECT_GT(tried, 0) << what;
     testing::Test::RecordProperty(what, tried);
     std::cout << "[ " << tried << ' ' << what << " ]\n";
 }
