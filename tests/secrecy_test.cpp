@@ -60,13 +60,7 @@ Outcome pick_by_pipe(const std::string& socket, const std::string& password)
 Outcome pick_at_terminal(const std::string& socket, const std::string& password)
 {
     Terminal terminal({"pick"}, environment_for(socket), write_no_file);
-    terminal.wait_for("Network number: ");
-    terminal.type("5\n");
-    terminal.wait_for("Wi-Fi password: ");
-    terminal.wait_for_echo(false);
-    terminal.wait_until_reading();
-    terminal.type(password + "\n");
-    return terminal.finish();
+    return terminal.finish({{"Network number: ", "5\n"}, {"Wi-Fi password: ", password + "\n"}});
 }
 
 /// Without the terminal's own echo of the one line.
