@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <csignal>
 #include <exception>
 #include <iostream>
@@ -75,6 +76,9 @@ public:
             }
         }
         interrupted_terminal = saved_;
+        // Only the flag is volatile: without the fence a compiler may set it before the settings
+        // are copied, and the handler would then apply settings that are all zero.
+        std::atomic_signal_fence(std::memory_order_seq_cst);
         echo_disabled = 1;
         termios hidden = saved_;
         hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
