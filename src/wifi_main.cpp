@@ -293,7 +293,12 @@ void run_forget(const Client& client, const QStringList& operands, const Switche
     print_success(u"Forgot "_s + operands.first() + '.', switches.as_json);
 }
 
-void ignore_message(QtMsgType, const QMessageLogContext&, const QString&) { }
+/// Qt aborts after a fatal message, so this line is all the user learns.
+void print_fatal_message(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    if (type == QtFatalMsg)
+        std::cerr << "corvane-wifi: " << message << '\n';
+}
 
 bool asks_for_help(const QString& word)
 {
@@ -323,9 +328,9 @@ void run_action(const QString& action, const Client& client, const QStringList& 
 int main(int argc, char** argv)
 {
     // Some Qt builds warn about a locale that is not UTF-8. Text is UTF-8 here in any locale.
-    const QtMessageHandler print_message = qInstallMessageHandler(ignore_message);
+    const QtMessageHandler previous = qInstallMessageHandler(print_fatal_message);
     const QCoreApplication app(argc, argv);
-    qInstallMessageHandler(print_message);
+    qInstallMessageHandler(previous);
     try {
         QStringList arguments = QCoreApplication::arguments();
         arguments.removeFirst();
