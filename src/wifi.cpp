@@ -50,7 +50,7 @@ bool has_nul_or_line_end(const QByteArray& bytes)
     return bytes.contains('\0') || bytes.contains('\n') || bytes.contains('\r');
 }
 
-/// A file-system address and its length. The caller has made sure that the path fits.
+/// A file-system address and its length. The path must fit into sun_path with its NUL.
 std::pair<sockaddr_un, socklen_t> unix_address(const QByteArray& path)
 {
     const size_t size_with_nul = static_cast<size_t>(path.size()) + 1;
@@ -60,7 +60,7 @@ std::pair<sockaddr_un, socklen_t> unix_address(const QByteArray& path)
     return {address, static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + size_with_nul)};
 }
 
-/// Takes what stands before the next `separator`, or all where there is none, off `text`.
+/// Removes and returns the part of `text` before the next `separator`, or all of it.
 QByteArrayView take(QByteArrayView& text, char separator)
 {
     const qsizetype found = text.indexOf(separator);
@@ -83,7 +83,7 @@ Security classify(const QString& flags)
     };
     if (mention("EAP"_L1) || mention("WEP"_L1))
         return Security::Unsupported;
-    // Before SAE: a network that offers both is joined with its pre-shared key.
+    // Before SAE: a network that offers both can be joined with its pre-shared key.
     if (mention("PSK"_L1))
         return Security::Personal;
     if (mention("SAE"_L1) || mention("WPA"_L1) || mention("RSN"_L1))
@@ -189,12 +189,12 @@ QByteArray Client::command(const QByteArray& request, int timeout_ms) const
         return failure(message);
     };
 
-    unlink(local.constData());             // left by an earlier process of the same id
-    fchmod(descriptor, S_IRUSR | S_IWUSR); // Linux gives the file this mode less the umask
+    unlink(local.constData());             // left by an earlier process with the same id
+    fchmod(descriptor, S_IRUSR | S_IWUSR); // on Linux bind() takes the file's mode from here
     const auto [own, own_length] = unix_address(local);
     if (bind(descriptor, reinterpret_cast<const sockaddr*>(&own), own_length) != 0)
         throw clean_failure(u"Could not bind temporary Wi-Fi control socket: "_s);
-    if (chmod(local.constData(), S_IRUSR | S_IWUSR) != 0) // nobody else may send us replies
+    if (chmod(local.constData(), S_IRUSR | S_IWUSR) != 0) // no other user may send replies
         throw clean_failure(u"Could not protect temporary Wi-Fi control socket: "_s);
     const auto [peer, peer_length] = unix_address(server);
     if (::connect(descriptor, reinterpret_cast<const sockaddr*>(&peer), peer_length) != 0)
@@ -267,7 +267,7 @@ void Client::connect_new(const QString& ssid, Security security, const QString& 
     const auto confirm = [this](const QByteArray& request, const char* operation) {
         require_ok(command(request, reply_timeout_ms), operation);
     };
-    try { // from here on even a lack of memory removes the profile
+    try { // inside, running out of memory removes the profile, too
         const QByteArray profile = QByteArray::number(id);
         const QByteArray set = "SET_NETWORK " + profile;
         confirm(set + " ssid " + encode_ssid(ssid), "set Wi-Fi network name");

@@ -44,7 +44,7 @@ std::ostream& operator<<(std::ostream& stream, const QString& text)
     return stream << text.toStdString();
 }
 
-// Terminal input. Only what restore_echo_and_exit() needs is shared with it.
+// Terminal input. The signal handler reads only interrupted_terminal and echo_disabled.
 
 constexpr std::array handled_signals = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
 termios interrupted_terminal{};
@@ -57,8 +57,8 @@ extern "C" void restore_echo_and_exit(int signal)
     _exit(128 + signal);
 }
 
-/// Keeps the terminal's echo off while it lives; a signal meanwhile turns it on and exits.
-/// Where any step fails the terminal and the signal dispositions stay as they were.
+/// Turns the terminal's echo off for its lifetime. A signal meanwhile turns it on again and exits.
+/// If any step fails, the terminal and the signal dispositions stay as they were.
 class EchoGuard {
 public:
     explicit EchoGuard(bool requested)
@@ -82,7 +82,7 @@ public:
         echo_disabled = 1;
         termios hidden = saved_;
         hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-        // TCSAFLUSH drops what was typed ahead, while it could still be seen.
+        // TCSAFLUSH discards what was typed ahead, while it was still echoed.
         if (tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden) == 0)
             active_ = true;
         else
@@ -117,7 +117,7 @@ private:
 
 QString input_line(const QString& prompt, bool hidden)
 {
-    // std::cerr is tied to std::cout: what was printed there is out before the prompt.
+    // std::cerr is tied to std::cout, so the table is flushed before the prompt.
     std::cerr << prompt << std::flush;
     const EchoGuard guard(hidden);
     std::string line;
@@ -327,7 +327,7 @@ void run_action(const QString& action, const Client& client, const QStringList& 
 
 int main(int argc, char** argv)
 {
-    // Some Qt builds warn about a locale that is not UTF-8. Text is UTF-8 here in any locale.
+    // Some Qt builds warn if the locale is not UTF-8. Text is UTF-8 here in any locale.
     const QtMessageHandler previous = qInstallMessageHandler(print_fatal_message);
     const QCoreApplication app(argc, argv);
     qInstallMessageHandler(previous);
