@@ -17,11 +17,13 @@
 #include <limits>
 #include <map>
 #include <optional>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -46,11 +48,11 @@ struct AccessPoint {
 };
 
 // Of two with one name the stronger comes first.
-constexpr AccessPoint air[] = {
+constexpr AccessPoint access_points[] = {
     {"02:00:00:00:04:00", 5180, -58, "[WPA2-SAE-CCMP][ESS]", "Modern", "modern-password"},
     {"02:00:00:00:0a:00", 2417, -42, "[WPA2-PSK-CCMP][ESS]", "Twins", "twins-password"},
     {"02:00:00:00:06:00", 2427, -63, "[WPA2-PSK-CCMP][ESS]", R"(Bob "5G" C:\net)", "bob-password"},
-    {"02:00:00:00:02:00", 2437, -48, "[WPA2-PSK-CCMP][ESS]", "Home2", "home2-password"},
+    {"02:00:00:00:02:00", 2437, -48, "[WPA2-PSK-CCMP][ESS]", "Home", "home-password"},
     {"02:00:00:00:09:00", 2452, -60, "[WPA2-EAP-CCMP][ESS]", "Office", ""},
     {"02:00:00:00:03:00", 2462, -52, "[WPA2-PSK+SAE-CCMP][ESS]", "Mixed", "mixed-password"},
     {"02:00:00:00:05:00", 2422, -66, "[WPA2-PSK-CCMP][ESS]", "Café du Nord", "nord-password"},
@@ -154,9 +156,13 @@ struct Profile {
 
 class Simulator {
 public:
-    explicit Simulator(string config_path)
+    /// Only access points of the names in `in_range` are in range, or all if it is empty.
+    Simulator(string config_path, const std::set<string_view>& in_range)
         : config_path_(std::move(config_path))
     {
+        for (const AccessPoint& point : access_points)
+            if (in_range.empty() || in_range.contains(point.ssid))
+                in_range_.push_back(point);
         std::ifstream file(config_path_);
         if (!file)
             throw std::runtime_error("cannot read " + config_path_);
@@ -197,8 +203,10 @@ private:
     void connect(int id)
     {
         const Profile& profile = profiles_.at(id);
-        const auto* fitting = std::ranges::find_if(air, [&](auto& p) { return profile.fits(p); });
-        point_ = fitting == std::end(air) ? nullptr : fitting;
+        point_ = nullptr;
+        for (const AccessPoint& point : in_range_)
+            if (!point_ && profile.fits(point))
+                point_ = &point;
         completed_at_ = point_ && profile.psk == point_->password ? now_ + 1300 : never;
         current_ = id;
         since_ = now_;
@@ -294,7 +302,7 @@ private:
     {
         std::ostringstream text;
         text << "bssid / frequency / signal level / flags / ssid\n";
-        for (const AccessPoint& point : air)
+        for (const AccessPoint& point : in_range_)
             if (scan_end_ > 0)
                 text << point.bssid << '\t' << point.frequency << '\t'
                      << point.level + (scan_end_ + point.frequency) % 7 - 3 << '\t' << point.flags
@@ -380,6 +388,7 @@ private:
 
     string config_path_;
     string settings_{}, idle_state_{};
+    std::vector<AccessPoint> in_range_{};
     std::map<int, Profile> profiles_{};
     int current_ = -1;
     const AccessPoint* point_ = nullptr;
@@ -432,15 +441,16 @@ int main(int argc, char** argv)
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     if (argc == 2 && string(argv[1]) == "--help") {
         std::cout
-            << "Usage: corvane-simulator SOCKET CONFIG_FILE\n"
-               "Answers at SOCKET as wpa_supplicant would, with invented networks around and\n"
-               "the saved ones in CONFIG_FILE. Ends with the process that started it.\n";
+            << "Usage: corvane-simulator SOCKET CONFIG_FILE [SSID...]\n"
+               "Answers at SOCKET as wpa_supplicant would, with simulated networks in range and\n"
+               "the saved ones in CONFIG_FILE. With SSIDs, only networks of these names are in\n"
+               "range. Ends with the process that started it.\n";
         return 0;
     }
     try {
-        if (argc != 3 || *argv[1] == '\0')
+        if (argc < 3 || *argv[1] == '\0')
             throw std::runtime_error("expected SOCKET and CONFIG_FILE, see --help");
-        Simulator simulator(argv[2]);
+        Simulator simulator(argv[2], {argv + 3, argv + argc});
         const int descriptor = listen_at(argv[1]);
         for (;;)
             answer_one(descriptor, simulator);

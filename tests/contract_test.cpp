@@ -50,7 +50,7 @@ const std::string status_end = "(p2p_device_address=" + mac + "\n)?address=" + m
     + "\nuuid=[0-9a-f-]{36}\n";
 
 const std::string cafe = profile("\"Cafe\"", "key_mgmt=NONE", true);
-const std::string home = profile("\"Home2\"", "psk=\"home2-password\"", true);
+const std::string home = profile("\"Home\"", "psk=\"home-password\"", true);
 const std::string nord = profile("436166c3a9206475204e6f7264", "key_mgmt=NONE", true);
 const std::string no_profiles = listing({});
 
@@ -147,8 +147,8 @@ TEST_P(Contract, NamesAreTakenQuotedOrInHexadecimalAndListedEscaped)
     expect(daemon, {{"ADD_NETWORK", "0\n"}, {"SET_NETWORK 0 key_mgmt NONE", "OK\n"}});
     const std::string longest = "ABCDEFGHIJKLMNOPQRSTUVWXYZ012345";
     const std::vector<Setting> settings = {
-        {R"("Home2")", R"("Home2")", "Home2"},
-        {"486f6d6532", R"("Home2")", "Home2"},
+        {R"("Home")", R"("Home")", "Home"},
+        {"486f6d65", R"("Home")", "Home"},
         {"486F6D65", R"("Home")", "Home"},
         {"436166c3a9", "436166c3a9", R"(Caf\xc3\xa9)"},
         {"\"Caf\xc3\xa9\"", "436166c3a9", R"(Caf\xc3\xa9)"},
@@ -175,7 +175,7 @@ TEST_P(Contract, BadNamesAreRefusedAndTheOldOneStays)
 {
     const Daemon daemon(GetParam(), {.profiles = cafe});
     for (const char* value :
-         {" Home2", " \"Home2", " Home2\"", " abc", " zz", " \"tail\" junk", "",
+         {" Home", " \"Home", " Home\"", " abc", " zz", " \"tail\" junk", "",
           " \"123456789012345678901234567890123\"",
           " 787878787878787878787878787878787878787878787878787878787878787878"})
         expect(daemon,
@@ -197,7 +197,7 @@ TEST_P(Contract, PasswordsAreTakenAsTheyStandBetweenTheQuotes)
                    {"SET_NETWORK 0 psk " + value, "OK\n"},
                    {"SAVE_CONFIG", "OK\n"},
                });
-        EXPECT_EQ(daemon.saved(), profile("\"Home2\"", "psk=" + value, true));
+        EXPECT_EQ(daemon.saved(), profile("\"Home\"", "psk=" + value, true));
     }
 }
 
@@ -206,7 +206,7 @@ TEST_P(Contract, BadPasswordsAreRefusedAndTheOldOneStays)
     const Daemon daemon(GetParam(), {.profiles = home});
     for (const std::string& value :
          {std::string("\"1234567\""), '"' + std::string(64, 'x') + '"', std::string("0123"),
-          std::string("home2-password"), std::string(64, 'g')})
+          std::string("home-password"), std::string(64, 'g')})
         EXPECT_EQ(daemon.ask("SET_NETWORK 0 psk " + value), "FAIL\n") << value;
     EXPECT_EQ(daemon.ask("SAVE_CONFIG"), "OK\n");
     EXPECT_EQ(daemon.saved(), home);
@@ -231,7 +231,7 @@ TEST_P(Contract, SelectingAProfileDisablesTheOthers)
     const Daemon daemon(GetParam(), {.profiles = cafe + home + nord});
     const auto flags = [](const std::string& first, const std::string& second,
                           const std::string& third) {
-        return listing({"0|Cafe|any|" + first, "1|Home2|any|" + second,
+        return listing({"0|Cafe|any|" + first, "1|Home|any|" + second,
                         R"(2|Caf\xc3\xa9 du Nord|any|)" + third});
     };
     expect(daemon,
@@ -287,7 +287,7 @@ TEST_P(Contract, SavingIsRefusedWhereTheFileForbidsIt)
            {
                {"REMOVE_NETWORK 0", "OK\n"},
                {"SAVE_CONFIG", "FAIL\n"},
-               {"LIST_NETWORKS", listing({"1|Home2|any|[DISABLED]"})},
+               {"LIST_NETWORKS", listing({"1|Home|any|[DISABLED]"})},
            });
     EXPECT_EQ(daemon.config(), before);
 }
@@ -329,11 +329,11 @@ TEST_P(Contract, AnOpenProfileComesToCompleted)
                              + status_end));
     expect(daemon,
            {
-               {"LIST_NETWORKS", listing({"0|Home2|any|[DISABLED]", "1|Cafe|any|[CURRENT]"})},
+               {"LIST_NETWORKS", listing({"0|Home|any|[DISABLED]", "1|Cafe|any|[CURRENT]"})},
                {"SELECT_NETWORK 1", "OK\n"}, // again: the connection stays up
                {"STATUS", testing::HasSubstr("\nwpa_state=COMPLETED\n")},
                {"REMOVE_NETWORK 1", "OK\n"},
-               {"LIST_NETWORKS", listing({"0|Home2|any|[DISABLED]"})},
+               {"LIST_NETWORKS", listing({"0|Home|any|[DISABLED]"})},
                // INACTIVE with a radio
                {"STATUS", testing::ContainsRegex("^wpa_state=(DISCONNECTED|INACTIVE)\n")},
            });
