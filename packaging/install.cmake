@@ -26,8 +26,17 @@ install(EXPORT cvn-wifi NAMESPACE cvn:: FILE cvn-wifi-targets.cmake
 install(FILES include/cvn/wifi.hpp
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/cvn COMPONENT development)
 
-# Relative to the file, since a prefix may be named as late as by cmake --install.
-file(RELATIVE_PATH up ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+# The prefix may be chosen as late as by cmake --install: it is found from where the file is, unless
+# the file has an absolute place.
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+  set(pc_prefix "${CMAKE_INSTALL_PREFIX}")
+else()
+  file(RELATIVE_PATH up "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" /prefix)
+  cmake_path(APPEND pc_prefix "\${pcfiledir}" "${up}")
+endif()
+# An absolute directory takes the place of what it is appended to.
+cmake_path(APPEND pc_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}")
+cmake_path(APPEND pc_libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
 configure_file(packaging/cvn-wifi.pc.in cvn-wifi.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/cvn-wifi.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
