@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -30,9 +31,9 @@ namespace {
 using std::string;
 using std::string_view;
 
-constexpr long never = std::numeric_limits<long>::max();
+constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
 constexpr size_t reply_limit = 4096;
-constexpr long scan_time = 1000; // milliseconds, as all times are
+constexpr std::int64_t scan_time = 1000; // milliseconds, as all times are
 constexpr const char* ok = "OK\n";
 constexpr const char* fail = "FAIL\n";
 
@@ -62,7 +63,7 @@ constexpr AccessPoint access_points[] = {
     {"02:00:00:00:01:00", 2412, -45, "[ESS]", "Cafe", ""},
 };
 
-long monotonic_milliseconds()
+std::int64_t monotonic_milliseconds()
 {
     return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::milliseconds(1);
 }
@@ -149,7 +150,7 @@ struct Profile {
         const bool plain = std::ranges::all_of(ssid, is_printable);
         return "\nnetwork={\n\tssid=" + (plain ? '"' + ssid + '"' : hex_of(ssid)) + '\n'
             + (psk.empty() ? "" : "\tpsk=\"" + psk + "\"\n")
-            + (key_mgmt.empty() ? "" : "\tkey_mgmt=" + key_mgmt + '\n') + "\tmesh_fwding=1\n"
+            + (key_mgmt.empty() ? "" : "\tkey_mgmt=" + key_mgmt + '\n')
             + (disabled ? "\tdisabled=1\n" : "") + "}\n";
     }
 };
@@ -230,7 +231,7 @@ private:
 
     string state() const
     {
-        const long elapsed = now_ - since_;
+        const std::int64_t elapsed = now_ - since_;
         if (current_ < 0)
             return now_ < scan_end_ ? "SCANNING" : idle_state_;
         if (!point_ || elapsed < scan_time || is_refused())
@@ -392,10 +393,10 @@ private:
     std::map<int, Profile> profiles_{};
     int current_ = -1;
     const AccessPoint* point_ = nullptr;
-    long now_ = monotonic_milliseconds();
-    long since_ = never;
-    long completed_at_ = never;
-    long scan_end_ = 0; // of the last scan, which may be under way
+    std::int64_t now_ = monotonic_milliseconds();
+    std::int64_t since_ = never;
+    std::int64_t completed_at_ = never;
+    std::int64_t scan_end_ = 0; // of the last scan, which may be under way
 };
 
 const char* socket_path = nullptr;

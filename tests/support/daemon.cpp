@@ -9,6 +9,7 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -18,6 +19,8 @@
 #include <chrono>
 #include <fstream>
 #include <iterator>
+#include <regex>
+#include <stdexcept>
 #include <system_error>
 #include <thread>
 
@@ -73,19 +76,21 @@ pid_t start(Words words, const std::string& log)
     return pid;
 }
 
+std::string wpa_supplicant()
+{
+    const char* chosen = getenv("CORVANE_WPA_SUPPLICANT");
+    return chosen == nullptr ? "wpa_supplicant" : chosen;
+}
+
 /// Why the real one cannot run here; empty when it can.
 std::string obstacle()
 {
-    const TemporaryFolder folder;
-    const std::string log = folder.path() + "/log";
-    int status = 0;
     try {
-        const pid_t pid = start(in_namespace("10.0.0.1/8", {"wpa_supplicant", "-v"}), log);
-        waitpid(pid, &status, 0);
-    } catch (const std::system_error& error) {
+        const Daemon daemon(Kind::Real, {});
+    } catch (const std::runtime_error& error) {
         return error.what();
     }
-    return status == 0 ? "" : "wpa_supplicant cannot be run in a namespace: " + contents(log);
+    return "";
 }
 
 struct Descriptor {
@@ -116,8 +121,8 @@ bool joins(Function bind_or_connect, int descriptor, const std::string& path)
 
 std::string profile(const std::string& ssid, const std::string& key, bool disabled)
 {
-    return "\nnetwork={\n\tssid=" + ssid + "\n\t" + key + "\n\tmesh_fwding=1\n"
-        + (disabled ? "\tdisabled=1\n" : "") + "}\n";
+    return "\nnetwork={\n\tssid=" + ssid + "\n\t" + key + '\n' + (disabled ? "\tdisabled=1\n" : "")
+        + "}\n";
 }
 
 void skip_without_real()
@@ -141,11 +146,11 @@ Daemon::Daemon(Kind kind, const Setup& setup)
     else
         pid_ = start(
             in_namespace(setup.address,
-                         {"wpa_supplicant", "-D" + setup.driver, "-iwlan0", "-c" + config_path()}),
+                         {wpa_supplicant(), "-D" + setup.driver, "-iwlan0", "-c" + config_path()}),
             log);
     if (wait_for("PING", "PONG").empty()) {
         end(SIGKILL);
-        throw std::runtime_error("no answer from the daemon, which said: " + contents(log));
+        throw std::runtime_error("no answer from the daemon, which said:\n" + contents(log));
     }
 }
 
@@ -171,7 +176,9 @@ std::string Daemon::config_path() const
 
 std::string Daemon::config() const
 {
-    return contents(config_path());
+    // Some releases write this line into each profile, others cannot read it.
+    static const std::regex line("\tmesh_fwding=1\n");
+    return std::regex_replace(contents(config_path()), line, "");
 }
 
 std::string Daemon::saved() const
@@ -189,9 +196,12 @@ std::string Daemon::ask(const std::string& request) const
     if (!joins(bind, asker.number, own) || !joins(connect, asker.number, path())
         || send(asker.number, request.data(), request.size(), 0) < 0)
         return {};
-    pollfd waiting{asker.number, POLLIN, 0};
+    // Readable once the process has ended, which sends no reply then.
+    const Descriptor process(static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)));
+    std::array<pollfd, 2> waiting{{{asker.number, POLLIN, 0}, {process.number, POLLIN, 0}}};
     std::array<char, 65536> reply;
-    if (poll(&waiting, 1, std::chrono::milliseconds(patience).count()) <= 0)
+    poll(waiting.data(), waiting.size(), std::chrono::milliseconds(patience).count());
+    if ((waiting[0].revents & POLLIN) == 0)
         return {};
     const ssize_t size = recv(asker.number, reply.data(), reply.size(), 0);
     return {reply.data(), size < 0 ? 0 : static_cast<size_t>(size)};

@@ -34,8 +34,9 @@ struct Setup {
 /// A profile as wpa_supplicant saves it. `ssid` is quoted or hexadecimal, `key` one line or more.
 std::string profile(const std::string& ssid, const std::string& key, bool disabled = false);
 
-/// Skips the test that calls it last in its SetUp() where the real one cannot run. With
-/// CORVANE_REQUIRE_REAL in the environment the test fails instead.
+/// Skips the test that calls it last in its SetUp() where the real one cannot run, and says why.
+/// With CORVANE_REQUIRE_REAL in the environment the test fails instead. CORVANE_WPA_SUPPLICANT
+/// names another program than this machine's wpa_supplicant.
 void skip_without_real();
 
 class Daemon {
@@ -48,7 +49,7 @@ public:
     std::string folder() const; ///< Holds all of the daemon's files; goes away with it.
     std::string path() const;   ///< The control socket.
     std::string config_path() const;
-    std::string config() const; ///< The bytes of the configuration file.
+    std::string config() const; ///< The file, without what only some releases write.
     std::string saved() const;  ///< The part of them that `profiles` was.
 
     /// The reply to one request, line end included; empty when none came.
