@@ -55,7 +55,7 @@ constexpr AccessPoint access_points[] = {
     {"02:00:00:00:06:00", 2427, -63, "[WPA2-PSK-CCMP][ESS]", R"(Bob "5G" C:\net)", "bob-password"},
     {"02:00:00:00:02:00", 2437, -48, "[WPA2-PSK-CCMP][ESS]", "Home", "home-password"},
     {"02:00:00:00:09:00", 2452, -60, "[WPA2-EAP-CCMP][ESS]", "Office", ""},
-    {"02:00:00:00:03:00", 2462, -52, "[WPA2-PSK+SAE-CCMP][ESS]", "Mixed", "mixed-password"},
+    {"02:00:00:00:03:00", 2462, -52, "[WPA2-PSK+SAE-CCMP][ESS]", "Library", "library-password"},
     {"02:00:00:00:05:00", 2422, -66, "[WPA2-PSK-CCMP][ESS]", "Café du Nord", "nord-password"},
     {"02:00:00:00:07:00", 2442, -77, "[WPA2-PSK-CCMP][ESS]", "", "hidden-password"},
     {"02:00:00:00:0b:00", 5220, -81, "[WPA2-PSK-CCMP][ESS]", "Twins", "twins-password"},
