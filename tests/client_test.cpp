@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-#include "support/library.hpp"
-#include "support/scripted_supplicant.hpp"
+#include "support/describe.hpp"
+#include "support/fake_supplicant.hpp"
+#include "support/replies.hpp"
+#include "support/rows.hpp"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -113,16 +115,14 @@ Lines without_repetitions(Lines requests)
     return requests;
 }
 
-/// A client of an idle supplicant that agrees to everything and calls each new profile 5.
+const Script idle_script = {{"STATUS", {reply(idle_status)}},
+                            {"SCAN_RESULTS", {reply(scan_results(""))}},
+                            {"LIST_NETWORKS", {reply(profile_list(""))}},
+                            {"ADD_NETWORK", {reply("5\n")}}};
+
+/// A client of a supplicant without networks, which refuses nothing and calls each new profile 5.
 class WithSupplicant : public testing::Test {
 protected:
-    WithSupplicant()
-    {
-        supplicant.on("ADD_NETWORK", {reply("5\n")});
-        for (const char* request : {"SET_NETWORK", "ENABLE_NETWORK", "SELECT_NETWORK",
-                                    "REMOVE_NETWORK", "SAVE_CONFIG", "DISCONNECT"})
-            supplicant.on(request, {reply("OK\n")});
-    }
     void TearDown() override
     {
         EXPECT_THAT(socket_files(), IsEmpty());
@@ -137,7 +137,7 @@ protected:
     Variable socket_{socket_variable, {}};
     Variable scan_delay_{scan_delay_variable, "0"};
     Variable connect_timeout_{connect_timeout_variable, {}};
-    ScriptedSupplicant supplicant;
+    FakeSupplicant supplicant{idle_script};
     Client client = client_at(supplicant.path());
 
 private:
@@ -257,7 +257,7 @@ TEST(TransportDeathTest, CountsFromZero)
     // A test process of its own, since requests of other tests count too.
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto first_sender_is_number_0 = [] {
-        ScriptedSupplicant supplicant;
+        FakeSupplicant supplicant;
         client_at(supplicant.path()).command("PING", 3000);
         return supplicant.records().at(0).sender == socket_file(0);
     };
@@ -470,7 +470,7 @@ TEST_P(AnyOperation, SendsItsRequestsInOrder)
     EXPECT_EQ(supplicant.requests(), expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(, AnyOperation, testing::ValuesIn(operations()), by_name<Operation>);
+INSTANTIATE_TEST_SUITE_P(, AnyOperation, testing::ValuesIn(operations()), by_name);
 
 struct OneStep {
     std::string name;
@@ -547,8 +547,8 @@ TEST_P(ConfirmedStep, EndsTheOperationWhenItIsRefused)
     EXPECT_EQ(supplicant.requests(), requests_until_failure());
 }
 
-INSTANTIATE_TEST_SUITE_P(, AnyStep, testing::ValuesIn(all_steps(false)), by_name<OneStep>);
-INSTANTIATE_TEST_SUITE_P(, ConfirmedStep, testing::ValuesIn(all_steps(true)), by_name<OneStep>);
+INSTANTIATE_TEST_SUITE_P(, AnyStep, testing::ValuesIn(all_steps(false)), by_name);
+INSTANTIATE_TEST_SUITE_P(, ConfirmedStep, testing::ValuesIn(all_steps(true)), by_name);
 
 class StatusQuery : public WithSupplicant { };
 
@@ -679,7 +679,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Delay{"NotOctal", "08", 1400ms, 20s}, Delay{"Zero", "0", 0ms, 1400ms},
                     Delay{"Hexadecimal", "0x10", 16ms, 1400ms}, Delay{"Octal", "010", 8ms, 1400ms},
                     Delay{"Longer", "2000", 2000ms, 20s}),
-    by_name<Delay>);
+    by_name);
 
 class Connecting : public WithSupplicant { };
 
@@ -918,7 +918,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Budget{"Hexadecimal", "0x10", 60000, {}},
                     Budget{"LongerThanZero", "60000", 0, 2},
                     Budget{"LongerThanNegative", "60000", -1, 2}),
-    by_name<Budget>);
+    by_name);
 
 class Forgetting : public WithSupplicant { };
 

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-#include "support/town.hpp"
+#include "support/fake_supplicant.hpp"
+#include "support/program.hpp"
+#include "support/replies.hpp"
+#include "support/rows.hpp"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -28,6 +31,15 @@ using testing::IsEmpty;
 using testing::Not;
 using namespace std::chrono_literals;
 
+struct Case {
+    std::string name;
+    std::vector<std::string> arguments;
+    Outcome outcome;
+    Requests requests;
+    std::string input;
+    Script script;
+};
+
 namespace {
 
 const std::string usage_text =
@@ -45,7 +57,7 @@ const std::string twins_status = "State: COMPLETED\nNetwork: Twins\nAddress: 10.
 const std::string twins_json =
     "{\"address\":\"10.66.2.48\",\"saved_id\":1,\"ssid\":\"Twins\",\"state\":\"COMPLETED\"}\n";
 const std::string ok_json = "{\"ok\":true}\n";
-const std::string number = "Network number: ";
+const std::string number_prompt = "Network number: ";
 
 const Outcome unknown_action = failure("Unknown action. Run corvane-wifi --help.");
 const Outcome bad_connect = failure("connect requires one SSID and one security choice.");
@@ -54,18 +66,19 @@ const Outcome no_choice = failure("Use --password-stdin so the password does not
                                   "history, or --open for an open network.");
 const Outcome bad_forget = failure("Forgetting writes the saved Wi-Fi file. Use: corvane-wifi "
                                    "forget --yes SSID");
-const Outcome bad_number = failure("Invalid network number.", table, number);
+const Outcome bad_number = failure("Invalid network number.", network_table, number_prompt);
 const Outcome bad_length = failure("A WPA password must contain 8 to 63 UTF-8 bytes.");
 const Outcome bad_byte = failure("Wi-Fi passwords cannot contain NUL or newline characters.");
-const Outcome joined = success("Connected to Home2.\n");
+const Outcome connected = success("Connected to Home2.\n");
 
 const Requests list_saved = {"LIST_NETWORKS", "STATUS"};
-const Requests join_cafe = add("43616665", "NONE") + enable;
-const Requests drop_home2 = add("486f6d6532", "WPA-PSK") + Requests{"REMOVE_NETWORK 3"};
+const Requests add_cafe = add_profile("43616665", "NONE") + activate_and_save;
+const Requests add_and_remove_home2 = add_profile("486f6d6532", "WPA-PSK")
+    + Requests{"REMOVE_NETWORK 3"};
 
 std::vector<Answer> then_connected_to(const std::string& ssid, int id)
 {
-    return {reply(connected("Twins", 1)), reply(connected(ssid, id))};
+    return {reply(connected_status("Twins", 1)), reply(connected_status(ssid, id))};
 }
 
 std::string json_row(const std::string& bssid, bool current, int frequency, int saved_id,
@@ -79,7 +92,7 @@ std::string json_row(const std::string& bssid, bool current, int frequency, int 
         + word(security != "unsupported") + "}";
 }
 
-const std::string town_json = "["
+const std::string networks_json = "["
     + json_row("02:00:00:00:0a:00", true, 2417, 1, "WPA personal", -40, "Twins") + ","
     + json_row("02:00:00:00:03:00", false, 2462, 2, "WPA personal", -50, "Mixed") + ","
     + json_row("", false, 0, 0, "unsupported", -100, "Home") + ","
@@ -87,31 +100,17 @@ const std::string town_json = "["
     + json_row("02:00:00:00:02:00", false, 2437, -1, "WPA personal", -50, "Home2") + ","
     + json_row("02:00:00:00:09:00", false, 2452, -1, "unsupported", -50, "Office") + "]\n";
 
-struct Case {
-    std::string name;
-    std::vector<std::string> arguments;
-    Outcome outcome;
-    Requests requests;
-    std::string input;
-    Script script;
-};
-
 Case row(const std::string& name, const std::vector<std::string>& arguments, const Outcome& outcome,
          const Requests& requests = {}, const std::string& input = {}, const Script& script = {})
 {
     return {name, arguments, outcome, requests, input, script};
 }
 
-std::ostream& operator<<(std::ostream& stream, const Case& value)
-{
-    return stream << value.name;
-}
-
 class Command : public testing::TestWithParam<Case> { };
 
-std::vector<Case> frame()
+std::vector<Case> syntax_cases()
 {
-    const Script idle = {{"STATUS", {reply(disconnected)}}};
+    const Script idle = {{"STATUS", {reply(idle_status)}}};
     const Outcome twins = success(twins_status);
     const Outcome json = success(twins_json);
     const Requests status = {"STATUS"};
@@ -156,27 +155,28 @@ std::vector<Case> frame()
     };
 }
 
-std::vector<Case> listing()
+std::vector<Case> list_cases()
 {
     const Outcome no_scan = failure("Could not start Wi-Fi scan: FAIL");
-    const Script nothing = {{"SCAN_RESULTS", {reply(scanned(""))}},
-                            {"LIST_NETWORKS", {reply(saved(""))}},
-                            {"STATUS", {reply(disconnected)}}};
+    const Script nothing = {{"SCAN_RESULTS", {reply(scan_results(""))}},
+                            {"LIST_NETWORKS", {reply(profile_list(""))}},
+                            {"STATUS", {reply(idle_status)}}};
     const Script levels = {
         {"SCAN_RESULTS",
-         {reply(scanned("02:00:00:00:01:00\t2412\t-100\t[ESS]\tFaint\n"
-                        "02:00:00:00:02:00\t2437\t-99\t[ESS]\tCaf\u00e9 \"\\ \u2615\n"))}},
-        {"LIST_NETWORKS", {reply(saved(""))}},
+         {reply(scan_results("02:00:00:00:01:00\t2412\t-100\t[ESS]\tFaint\n"
+                             "02:00:00:00:02:00\t2437\t-99\t[ESS]\tCaf\u00e9 \"\\ \u2615\n"))}},
+        {"LIST_NETWORKS", {reply(profile_list(""))}},
     };
     return {
-        row("ListScansAndPrintsTheTable", {"list"}, success(table), scan),
-        row("ListPrintsJson", {"list", "--json"}, success(town_json), scan),
-        row("ListOfNothingPrintsNothing", {"list"}, success(""), scan, "", nothing),
-        row("ListOfNothingIsAnEmptyArray", {"list", "--json"}, success("[]\n"), scan, "", nothing),
-        row("ListCachedDoesNotScan", {"list", "--cached"}, success(table), look),
-        row("CachedMayComeFirst", {"--cached", "list"}, success(table), look),
+        row("ListScansAndPrintsTheTable", {"list"}, success(network_table), scan_listing),
+        row("ListPrintsJson", {"list", "--json"}, success(networks_json), scan_listing),
+        row("ListOfNothingPrintsNothing", {"list"}, success(""), scan_listing, "", nothing),
+        row("ListOfNothingIsAnEmptyArray", {"list", "--json"}, success("[]\n"), scan_listing, "",
+            nothing),
+        row("ListCachedDoesNotScan", {"list", "--cached"}, success(network_table), listing),
+        row("CachedMayComeFirst", {"--cached", "list"}, success(network_table), listing),
         row("ListTakesNoName", {"list", "Home"}, failure("list takes no network name.")),
-        row("ABusyScanIsAsGoodAsANewOne", {"list"}, success(table), scan, "",
+        row("ABusyScanIsAsGoodAsANewOne", {"list"}, success(network_table), scan_listing, "",
             {{"SCAN", {reply("FAIL-BUSY\n")}}}),
         row("ARefusedScanEndsTheListing", {"list", "--json"}, no_scan, {"SCAN"}, "",
             {{"SCAN", {reply("FAIL\n")}}}),
@@ -184,21 +184,21 @@ std::vector<Case> listing()
             {{"SCAN", {reply("FAIL\n")}}}),
         row("TheTableTellsALevelFromNone", {"list"},
             success("1.   Caf\u00e9 \"\\ \u2615  [open, -99 dBm]\n2.   Faint  [open, saved]\n"),
-            scan, "", levels),
+            scan_listing, "", levels),
         row("JsonEscapesNoMoreThanItMust", {"list", "--json"},
             success("["
                     + json_row("02:00:00:00:02:00", false, 2437, -1, "open", -99,
                                "Caf\u00e9 \\\"\\\\ \u2615")
                     + "," + json_row("02:00:00:00:01:00", false, 2412, -1, "open", -100, "Faint")
                     + "]\n"),
-            scan, "", levels),
+            scan_listing, "", levels),
     };
 }
 
-std::vector<Case> connecting()
+std::vector<Case> connect_cases()
 {
-    const Requests select_home = look + Requests{"SELECT_NETWORK 0", "STATUS"};
-    const Requests select_twins = look + Requests{"SELECT_NETWORK 1", "STATUS"};
+    const Requests select_home = listing + Requests{"SELECT_NETWORK 0", "STATUS"};
+    const Requests select_twins = listing + Requests{"SELECT_NETWORK 1", "STATUS"};
     const Script to_home = {{"STATUS", then_connected_to("Home", 0)}};
     const Script to_cafe = {{"STATUS", then_connected_to("Cafe", 3)}};
     const Script to_office = {{"STATUS", then_connected_to("Office", 3)}};
@@ -208,7 +208,7 @@ std::vector<Case> connecting()
     const Outcome home = success("Connected to Home.\n");
     const std::string letters(63, 'x');
     const std::vector<std::string> home2 = {"connect", "--password-stdin", "Home2"};
-    const Requests join = look + join_home2("\"home2-password\"");
+    const Requests join = listing + join_home2("\"home2-password\"");
     const Requests drop_unready = Requests(join.begin(), join.end() - 1)
         + Requests{"REMOVE_NETWORK 3"};
     const auto answered = [](const std::string& words, const std::string& text) {
@@ -226,126 +226,131 @@ std::vector<Case> connecting()
             to_home),
         row("TheCurrentNetworkIsSelectedAgain", {"connect", "Twins"},
             success("Connected to Twins.\n"), select_twins, "",
-            {{"STATUS", {reply(connected("Twins", 1))}}}),
+            {{"STATUS", {reply(connected_status("Twins", 1))}}}),
         row("ARefusedSelectionIsReported", {"connect", "Home"},
             failure("Could not select saved Wi-Fi network: FAIL"),
-            look + Requests{"SELECT_NETWORK 0"}, "", refused),
+            listing + Requests{"SELECT_NETWORK 0"}, "", refused),
         row("ASavedNetworkThatDoesNotComeUpStaysSelected", {"connect", "Home"},
             failure("Timed out connecting to Home."), select_home, "",
-            {{"STATUS", {reply(connected("Twins", 1))}}}),
-        row("AnUnsavedNetworkNeedsAChoice", {"connect", "Cafe"}, no_choice, look),
-        row("NamesAreCaseSensitive", {"connect", "home"}, not_found, look),
-        row("NamesAreNotTrimmed", {"connect", "Home "}, not_found, look),
-        row("AnEmptyNameIsNotFound", {"connect", "--open", ""}, not_found, look),
+            {{"STATUS", {reply(connected_status("Twins", 1))}}}),
+        row("AnUnsavedNetworkNeedsAChoice", {"connect", "Cafe"}, no_choice, listing),
+        row("NamesAreCaseSensitive", {"connect", "home"}, not_found, listing),
+        row("NamesAreNotTrimmed", {"connect", "Home "}, not_found, listing),
+        row("AnEmptyNameIsNotFound", {"connect", "--open", ""}, not_found, listing),
         row("AnOpenNetworkIsAdded", {"connect", "--open", "Cafe"}, success("Connected to Cafe.\n"),
-            look + join_cafe, "a password that nobody asked for\n", to_cafe),
-        row("ThePasswordIsReadWithoutAPrompt", home2, joined, join, "home2-password\n"),
+            listing + add_cafe, "a password that nobody asked for\n", to_cafe),
+        row("ThePasswordIsReadWithoutAPrompt", home2, connected, join, "home2-password\n"),
         row("JsonStandsForTheSentence", {"--json", "connect", "--password-stdin", "Home2"},
             success(ok_json), join, "home2-password\n"),
         row("TheFlagDecidesOnTheSecurity", {"connect", "--password-stdin", "Office"},
             success("Connected to Office.\n"),
-            look + add("4f6666696365", "WPA-PSK") + Requests{"SET_NETWORK 3 psk \"home2-password\""}
-                + enable,
+            listing + add_profile("4f6666696365", "WPA-PSK")
+                + Requests{"SET_NETWORK 3 psk \"home2-password\""} + activate_and_save,
             "home2-password\n", to_office),
-        row("OnlyTheFirstLineIsThePassword", home2, joined, join, "home2-password\nmore\n"),
-        row("TheLastLineNeedsNoEnd", home2, joined, join, "home2-password"),
-        row("BlanksBelongToThePassword", home2, joined, look + join_home2("\" pass \tword \""),
-            " pass \tword \n"),
-        row("QuotesAndBackslashesAreEscaped", home2, joined, look + join_home2(R"("pa\"s\\w%1%2")"),
-            "pa\"s\\w%1%2\n"),
-        row("FourTwoByteLettersAreAPassword", home2, joined,
-            look + join_home2("\"\u00e4\u00f6\u00fc\u00df\""), "\u00e4\u00f6\u00fc\u00df\n"),
-        row("SixtyThreeBytesAreAPassword", home2, joined, look + join_home2('"' + letters + '"'),
-            letters + "\n"),
-        row("SixtyFourBytesAreNoPassword", home2, bad_length, look, letters + "x\n"),
-        row("SevenBytesAreNoPassword", home2, bad_length, look, "1234567\n"),
-        row("AnEmptyLineIsAnEmptyPassword", home2, bad_length, look, "\n"),
-        row("NoInputIsReported", home2, failure("Could not read input."), look),
-        row("ANulReachesTheCheckThatRefusesIt", home2, bad_byte, look + drop_home2,
+        row("OnlyTheFirstLineIsThePassword", home2, connected, join, "home2-password\nmore\n"),
+        row("TheLastLineNeedsNoEnd", home2, connected, join, "home2-password"),
+        row("BlanksBelongToThePassword", home2, connected,
+            listing + join_home2("\" pass \tword \""), " pass \tword \n"),
+        row("QuotesAndBackslashesAreEscaped", home2, connected,
+            listing + join_home2(R"("pa\"s\\w%1%2")"), "pa\"s\\w%1%2\n"),
+        row("FourTwoByteLettersAreAPassword", home2, connected,
+            listing + join_home2("\"\u00e4\u00f6\u00fc\u00df\""), "\u00e4\u00f6\u00fc\u00df\n"),
+        row("SixtyThreeBytesAreAPassword", home2, connected,
+            listing + join_home2('"' + letters + '"'), letters + "\n"),
+        row("SixtyFourBytesAreNoPassword", home2, bad_length, listing, letters + "x\n"),
+        row("SevenBytesAreNoPassword", home2, bad_length, listing, "1234567\n"),
+        row("AnEmptyLineIsAnEmptyPassword", home2, bad_length, listing, "\n"),
+        row("NoInputIsReported", home2, failure("Could not read input."), listing),
+        row("ANulReachesTheCheckThatRefusesIt", home2, bad_byte, listing + add_and_remove_home2,
             std::string("pass\0word\n", 10)),
-        row("ALeadingNulDoesNotEndThePassword", home2, bad_byte, look + drop_home2,
+        row("ALeadingNulDoesNotEndThePassword", home2, bad_byte, listing + add_and_remove_home2,
             std::string("\0password\n", 10)),
-        row("ACarriageReturnStaysInThePassword", home2, bad_byte, look + drop_home2,
+        row("ACarriageReturnStaysInThePassword", home2, bad_byte, listing + add_and_remove_home2,
             "home2-password\r\n"),
-        row("ARefusedProfileIsReported", home2, not_created, look + Requests{"ADD_NETWORK"},
+        row("ARefusedProfileIsReported", home2, not_created, listing + Requests{"ADD_NETWORK"},
             "home2-password\n", answered("ADD_NETWORK", "FAIL\n")),
-        row("AnEmptyProfileNumberIsReported", home2, not_created, look + Requests{"ADD_NETWORK"},
+        row("AnEmptyProfileNumberIsReported", home2, not_created, listing + Requests{"ADD_NETWORK"},
             "home2-password\n", answered("ADD_NETWORK", "\n")),
-        row("ANegativeProfileNumberIsReported", home2, not_created, look + Requests{"ADD_NETWORK"},
-            "home2-password\n", answered("ADD_NETWORK", "-1\n")),
+        row("ANegativeProfileNumberIsReported", home2, not_created,
+            listing + Requests{"ADD_NETWORK"}, "home2-password\n", answered("ADD_NETWORK", "-1\n")),
         row("ANetworkThatDoesNotComeUpIsRemoved", home2, timed_out, drop_unready,
-            "home2-password\n", answered("STATUS", disconnected)),
+            "home2-password\n", answered("STATUS", idle_status)),
         row("ARefusedRemovalChangesNoMessage", home2, timed_out, drop_unready, "home2-password\n",
-            {{"STATUS", {reply(disconnected)}}, {"REMOVE_NETWORK", {reply("FAIL\n")}}}),
+            {{"STATUS", {reply(idle_status)}}, {"REMOVE_NETWORK", {reply("FAIL\n")}}}),
         row("AnImpossibleRemovalChangesNoMessage", home2,
             failure("Could not set Wi-Fi network name: FAIL"),
-            look + Requests{"ADD_NETWORK", "SET_NETWORK 3 ssid 486f6d6532"}, "home2-password\n",
+            listing + Requests{"ADD_NETWORK", "SET_NETWORK 3 ssid 486f6d6532"}, "home2-password\n",
             {{"SET_NETWORK", {last_reply("FAIL\n")}}}),
     };
 }
 
-std::vector<Case> picking()
+std::vector<Case> pick_cases()
 {
-    const Outcome already = success(table + "Already connected.\n", number);
-    const std::string both = number + "Wi-Fi password: ";
-    const Outcome unsupported = failure("That network uses an unsupported security mode.", table,
-                                        number);
+    const Outcome already = success(network_table + "Already connected.\n", number_prompt);
+    const std::string both = number_prompt + "Wi-Fi password: ";
+    const Outcome unsupported = failure("That network uses an unsupported security mode.",
+                                        network_table, number_prompt);
     return {
         row("PickTakesNoArguments", {"pick", "1"}, failure("pick takes no arguments.")),
-        row("PickOneIsTheFirstLine", {"pick"}, already, scan, "1\n"),
-        row("PickPrintsTheTableInJsonModeToo", {"--json", "pick"}, already, scan, "1\n"),
-        row("PickScansInCachedModeToo", {"pick", "--cached"}, already, scan, "1"),
-        row("PickZeroIsNoNumber", {"pick"}, bad_number, scan, "0\n"),
-        row("PickANegativeIsNoNumber", {"pick"}, bad_number, scan, "-1\n"),
-        row("PickAWordIsNoNumber", {"pick"}, bad_number, scan, "abc\n"),
-        row("PickWithMoreBehindIsNoNumber", {"pick"}, bad_number, scan, "1x\n"),
-        row("PickAHexadecimalIsNoNumber", {"pick"}, bad_number, scan, "0x1\n"),
-        row("PickAnEmptyLineIsNoNumber", {"pick"}, bad_number, scan, "\n"),
-        row("PickOneTooManyIsNoNumber", {"pick"}, bad_number, scan, "7\n"),
-        row("PickFarTooManyIsNoNumber", {"pick"}, bad_number, scan, "4294967297\n"),
-        row("PickFromNothingHasNoNumber", {"pick"}, failure("Invalid network number.", "", number),
-            scan, "1\n",
-            {{"SCAN_RESULTS", {reply(scanned(""))}}, {"LIST_NETWORKS", {reply(saved(""))}}}),
-        row("PickWithoutInputIsReported", {"pick"}, failure("Could not read input.", table, number),
-            scan),
+        row("PickOneIsTheFirstLine", {"pick"}, already, scan_listing, "1\n"),
+        row("PickPrintsTheTableInJsonModeToo", {"--json", "pick"}, already, scan_listing, "1\n"),
+        row("PickScansInCachedModeToo", {"pick", "--cached"}, already, scan_listing, "1"),
+        row("PickZeroIsNoNumber", {"pick"}, bad_number, scan_listing, "0\n"),
+        row("PickANegativeIsNoNumber", {"pick"}, bad_number, scan_listing, "-1\n"),
+        row("PickAWordIsNoNumber", {"pick"}, bad_number, scan_listing, "abc\n"),
+        row("PickWithMoreBehindIsNoNumber", {"pick"}, bad_number, scan_listing, "1x\n"),
+        row("PickAHexadecimalIsNoNumber", {"pick"}, bad_number, scan_listing, "0x1\n"),
+        row("PickAnEmptyLineIsNoNumber", {"pick"}, bad_number, scan_listing, "\n"),
+        row("PickOneTooManyIsNoNumber", {"pick"}, bad_number, scan_listing, "7\n"),
+        row("PickFarTooManyIsNoNumber", {"pick"}, bad_number, scan_listing, "4294967297\n"),
+        row("PickFromNothingHasNoNumber", {"pick"},
+            failure("Invalid network number.", "", number_prompt), scan_listing, "1\n",
+            {{"SCAN_RESULTS", {reply(scan_results(""))}},
+             {"LIST_NETWORKS", {reply(profile_list(""))}}}),
+        row("PickWithoutInputIsReported", {"pick"},
+            failure("Could not read input.", network_table, number_prompt), scan_listing),
         row("PickASavedNetworkSelectsIt", {"pick"},
-            success(table + "Connected to Mixed.\n", number),
-            scan + Requests{"SELECT_NETWORK 2", "STATUS"}, "2\n",
+            success(network_table + "Connected to Mixed.\n", number_prompt),
+            scan_listing + Requests{"SELECT_NETWORK 2", "STATUS"}, "2\n",
             {{"STATUS", then_connected_to("Mixed", 2)}}),
         row("PickASavedNetworkOutOfRangeSelectsIt", {"pick"},
-            success(table + "Connected to Home.\n", number),
-            scan + Requests{"SELECT_NETWORK 0", "STATUS"}, "3\n",
+            success(network_table + "Connected to Home.\n", number_prompt),
+            scan_listing + Requests{"SELECT_NETWORK 0", "STATUS"}, "3\n",
             {{"STATUS", then_connected_to("Home", 0)}}),
         row("PickAnOpenNetworkAsksForNoPassword", {"pick"},
-            success(table + "Connected to Cafe.\n", number), scan + join_cafe, "4\n",
-            {{"STATUS", then_connected_to("Cafe", 3)}}),
+            success(network_table + "Connected to Cafe.\n", number_prompt), scan_listing + add_cafe,
+            "4\n", {{"STATUS", then_connected_to("Cafe", 3)}}),
         row("PickReadsTwoAnswersFromOnePipe", {"pick", "--json"},
-            success(table + "Connected to Home2.\n", both), scan + join_home2("\"home2-password\""),
-            "5\nhome2-password\nmore\n"),
+            success(network_table + "Connected to Home2.\n", both),
+            scan_listing + join_home2("\"home2-password\""), "5\nhome2-password\nmore\n"),
         row("PickTakesAPasswordWithoutALineEnd", {"pick"},
-            success(table + "Connected to Home2.\n", both), scan + join_home2("\"home2-password\""),
-            "5\nhome2-password"),
+            success(network_table + "Connected to Home2.\n", both),
+            scan_listing + join_home2("\"home2-password\""), "5\nhome2-password"),
         row("PickRefusesANulInThePassword", {"pick"},
-            failure("Wi-Fi passwords cannot contain NUL or newline characters.", table, both),
-            scan + drop_home2, std::string("5\npass\0word\n", 12)),
+            failure("Wi-Fi passwords cannot contain NUL or newline characters.", network_table,
+                    both),
+            scan_listing + add_and_remove_home2, std::string("5\npass\0word\n", 12)),
         row("PickRefusesACarriageReturnInThePassword", {"pick"},
-            failure("Wi-Fi passwords cannot contain NUL or newline characters.", table, both),
-            scan + drop_home2, "5\nhome2-password\r\n"),
+            failure("Wi-Fi passwords cannot contain NUL or newline characters.", network_table,
+                    both),
+            scan_listing + add_and_remove_home2, "5\nhome2-password\r\n"),
         row("PickChecksTheLengthOfThePassword", {"pick"},
-            failure("A WPA password must contain 8 to 63 UTF-8 bytes.", table, both), scan,
-            "5\nshort\n"),
+            failure("A WPA password must contain 8 to 63 UTF-8 bytes.", network_table, both),
+            scan_listing, "5\nshort\n"),
         row("PickWithoutAPasswordIsReported", {"pick"},
-            failure("Could not read input.", table, both), scan, "5\n"),
-        row("PickAnUnsupportedNetworkAsksForNoPassword", {"pick"}, unsupported, scan, "6\n"),
+            failure("Could not read input.", network_table, both), scan_listing, "5\n"),
+        row("PickAnUnsupportedNetworkAsksForNoPassword", {"pick"}, unsupported, scan_listing,
+            "6\n"),
     };
 }
 
-std::vector<Case> leaving()
+std::vector<Case> disconnect_and_forget_cases()
 {
     const Requests forget_home = list_saved + Requests{"REMOVE_NETWORK 0", "SAVE_CONFIG"};
     const Script twins = {
         {"LIST_NETWORKS",
-         {reply(saved("0\tTwins\t02:00:00:00:0b:00\t[DISABLED]\n3\tTwins\tany\t[DISABLED]\n"))}}};
+         {reply(profile_list(
+             "0\tTwins\t02:00:00:00:0b:00\t[DISABLED]\n3\tTwins\tany\t[DISABLED]\n"))}}};
     return {
         row("DisconnectDisconnects", {"disconnect"}, success("Wi-Fi disconnected.\n"),
             {"DISCONNECT"}),
@@ -371,7 +376,7 @@ std::vector<Case> leaving()
         row("ForgetTakesBlanksAsTheyAre", {"forget", "--yes", " padded  name "},
             success("Forgot  padded  name .\n"),
             list_saved + Requests{"REMOVE_NETWORK 4", "SAVE_CONFIG"}, "",
-            {{"LIST_NETWORKS", {reply(saved("4\t padded  name \tany\t[DISABLED]\n"))}}}),
+            {{"LIST_NETWORKS", {reply(profile_list("4\t padded  name \tany\t[DISABLED]\n"))}}}),
         row("ForgetIsCaseSensitive", {"forget", "--yes", "home"},
             failure("home is not a saved network."), list_saved),
         row("ForgetLooksAtSavedNetworksOnly", {"forget", "--json", "--yes", "Cafe"},
@@ -391,17 +396,18 @@ std::vector<Case> leaving()
 
 TEST_P(Command, EndsAsItShould)
 {
-    Town town(GetParam().script);
-    EXPECT_EQ(run(GetParam().arguments, environment_for(town.path()), GetParam().input),
+    FakeSupplicant supplicant(GetParam().script);
+    EXPECT_EQ(run(GetParam().arguments, environment_for(supplicant.path()), GetParam().input),
               GetParam().outcome);
-    EXPECT_EQ(town.requests(), GetParam().requests);
+    EXPECT_EQ(supplicant.requests(), GetParam().requests);
 }
 
-INSTANTIATE_TEST_SUITE_P(Frame, Command, testing::ValuesIn(frame()), by_name);
-INSTANTIATE_TEST_SUITE_P(Listing, Command, testing::ValuesIn(listing()), by_name);
-INSTANTIATE_TEST_SUITE_P(Connecting, Command, testing::ValuesIn(connecting()), by_name);
-INSTANTIATE_TEST_SUITE_P(Picking, Command, testing::ValuesIn(picking()), by_name);
-INSTANTIATE_TEST_SUITE_P(Leaving, Command, testing::ValuesIn(leaving()), by_name);
+INSTANTIATE_TEST_SUITE_P(Syntax, Command, testing::ValuesIn(syntax_cases()), by_name);
+INSTANTIATE_TEST_SUITE_P(Listing, Command, testing::ValuesIn(list_cases()), by_name);
+INSTANTIATE_TEST_SUITE_P(Connecting, Command, testing::ValuesIn(connect_cases()), by_name);
+INSTANTIATE_TEST_SUITE_P(Picking, Command, testing::ValuesIn(pick_cases()), by_name);
+INSTANTIATE_TEST_SUITE_P(Leaving, Command, testing::ValuesIn(disconnect_and_forget_cases()),
+                         by_name);
 
 TEST(Usage, HasItsSize)
 {
@@ -410,9 +416,9 @@ TEST(Usage, HasItsSize)
 
 TEST(Json, CanBeParsed)
 {
-    Town town;
+    FakeSupplicant supplicant;
     const auto parsed = [&](const std::vector<std::string>& arguments) {
-        const Outcome outcome = run(arguments, environment_for(town.path()));
+        const Outcome outcome = run(arguments, environment_for(supplicant.path()));
         return QJsonDocument::fromJson(QByteArray::fromStdString(outcome.out));
     };
     const QJsonObject status = parsed({"status", "--json"}).object();
@@ -436,37 +442,37 @@ TEST(Joining, StopsAtTheFirstRefusalAndRemovesTheProfile)
         {4, "enable Wi-Fi network"},   {5, "select Wi-Fi network"}, {7, "save Wi-Fi network"},
     };
     for (const auto& [step, operation] : operations) {
-        Town town({{requests[step], {reply("FAIL %1 %2\n")}}});
+        FakeSupplicant supplicant({{requests[step], {reply("FAIL %1 %2\n")}}});
         EXPECT_EQ(run({"connect", "--json", "--password-stdin", "Home2"},
-                      environment_for(town.path()), "home2-password\n"),
+                      environment_for(supplicant.path()), "home2-password\n"),
                   failure("Could not " + operation + ": FAIL %1 %2"));
         const auto end = requests.begin() + static_cast<std::ptrdiff_t>(step) + 1;
-        EXPECT_EQ(town.requests(),
-                  look + Requests(requests.begin(), end) + Requests{"REMOVE_NETWORK 3"});
+        EXPECT_EQ(supplicant.requests(),
+                  listing + Requests(requests.begin(), end) + Requests{"REMOVE_NETWORK 3"});
     }
-    Town town({{"SET_NETWORK 3 key_mgmt", {reply("FAIL\n")}}});
-    EXPECT_EQ(run({"connect", "--open", "Cafe"}, environment_for(town.path())),
+    FakeSupplicant supplicant({{"SET_NETWORK 3 key_mgmt", {reply("FAIL\n")}}});
+    EXPECT_EQ(run({"connect", "--open", "Cafe"}, environment_for(supplicant.path())),
               failure("Could not set open-network security: FAIL"));
 }
 
 TEST(Joining, WaitsForNothingWhereTheBudgetIsZero)
 {
-    Town town;
+    FakeSupplicant supplicant;
     EXPECT_EQ(run({"connect", "--open", "Cafe"},
-                  environment_for(town.path(), {{"CORVANE_WIFI_CONNECT_TIMEOUT_MS", "0"}})),
+                  environment_for(supplicant.path(), {{"CORVANE_WIFI_CONNECT_TIMEOUT_MS", "0"}})),
               success("Connected to Cafe.\n"));
-    EXPECT_EQ(town.requests(),
-              (look + add("43616665", "NONE")
+    EXPECT_EQ(supplicant.requests(),
+              (listing + add_profile("43616665", "NONE")
                + Requests{"ENABLE_NETWORK 3", "SELECT_NETWORK 3", "SAVE_CONFIG"}));
 }
 
 TEST(Joining, LeavesStandardInputAloneForASavedNetwork)
 {
-    Town town({{"STATUS", then_connected_to("Home", 0)}});
+    FakeSupplicant supplicant({{"STATUS", then_connected_to("Home", 0)}});
     static int input[2];
     ASSERT_EQ(pipe(input), 0);
     ASSERT_EQ(write(input[1], "not-for-us\n", 11), 11);
-    EXPECT_EQ(run({"connect", "--password-stdin", "Home"}, environment_for(town.path()), "",
+    EXPECT_EQ(run({"connect", "--password-stdin", "Home"}, environment_for(supplicant.path()), "",
                   [] { dup2(input[0], STDIN_FILENO); }),
               success("Connected to Home.\n"));
     char left[16];
@@ -478,27 +484,28 @@ TEST(Joining, LeavesStandardInputAloneForASavedNetwork)
 TEST(Names, AreNeverTakenForPlaceholders)
 {
     const std::string name = "%1 100%2 %%L1";
-    const Script script = {{"LIST_NETWORKS", {reply(saved("4\t" + name + "\tany\t\n"))}},
-                           {"SCAN_RESULTS", {reply(scanned(""))}}};
+    const Script script = {{"LIST_NETWORKS", {reply(profile_list("4\t" + name + "\tany\t\n"))}},
+                           {"SCAN_RESULTS", {reply(scan_results(""))}}};
     const std::vector<std::string> connect = {"connect", name};
-    Town away(script);
+    FakeSupplicant away(script);
     EXPECT_EQ(run(connect, environment_for(away.path())),
               failure("Timed out connecting to " + name + "."));
-    Town near(script);
+    FakeSupplicant near(script);
     near.on("STATUS", then_connected_to(name, 4));
     EXPECT_EQ(
         run({"pick"}, environment_for(near.path()), "1\n"),
         success("1.   " + name + "  [unsupported, saved, saved]\nConnected to " + name + ".\n",
-                number));
+                number_prompt));
 }
 
 TEST(Names, AreShownAsTheSupplicantPrintsThem)
 {
     const std::string escaped = R"(Caf\xc3\xa9 du Nord \xe2\x98\x95)";
-    Town town({{"LIST_NETWORKS", {reply(saved("7\t" + escaped + "\tany\t\n"))}}});
-    EXPECT_EQ(run({"forget", "--yes", escaped}, environment_for(town.path())),
+    FakeSupplicant supplicant(
+        {{"LIST_NETWORKS", {reply(profile_list("7\t" + escaped + "\tany\t\n"))}}});
+    EXPECT_EQ(run({"forget", "--yes", escaped}, environment_for(supplicant.path())),
               success("Forgot " + escaped + ".\n"));
-    EXPECT_EQ(town.requests(), list_saved + Requests({"REMOVE_NETWORK 7", "SAVE_CONFIG"}));
+    EXPECT_EQ(supplicant.requests(), list_saved + Requests({"REMOVE_NETWORK 7", "SAVE_CONFIG"}));
 }
 
 TEST(Replies, OfAnyKindAndToAnyRequestCrashNothing)
@@ -521,15 +528,15 @@ TEST(Replies, OfAnyKindAndToAnyRequestCrashNothing)
     for (const auto& [bytes, shown] : garbage) {
         const auto ends = [&bytes = bytes](const std::vector<std::string>& arguments,
                                            const std::string& request) {
-            Town town({{request, {reply(bytes)}}});
-            return run(arguments, environment_for(town.path()), "home2-password\n");
+            FakeSupplicant supplicant({{request, {reply(bytes)}}});
+            return run(arguments, environment_for(supplicant.path()), "home2-password\n");
         };
         const std::vector<std::string> connect = {"connect", "--password-stdin", "Home2"};
         const std::vector<std::string> forget = {"forget", "--yes", "Home"};
         for (const auto& [request, operation] : confirmed)
             EXPECT_EQ(ends(connect, request), failure("Could not " + operation + ": " + shown));
         EXPECT_EQ(ends(connect, "SCAN_RESULTS"), not_found);
-        EXPECT_EQ(ends(connect, "LIST_NETWORKS"), joined);
+        EXPECT_EQ(ends(connect, "LIST_NETWORKS"), connected);
         EXPECT_EQ(ends(connect, "ADD_NETWORK"),
                   failure("wpa_supplicant did not create a network profile."));
         EXPECT_EQ(ends(connect, "STATUS"), failure(nowhere));
@@ -556,22 +563,23 @@ TEST(Locale, ChangesNeitherOutputNorNames)
              Environment{{"LC_ALL", "xx_XX.ISO-8859-1"}},
              Environment{{"LANG", "de_DE.UTF-8"}, {"LC_CTYPE", "nonsense"}},
          }) {
-        Town town({{"LIST_NETWORKS", {reply(saved("4\t" + name + "\tany\t\n"))}},
-                   {"SCAN_RESULTS",
-                    {reply(scanned("02:00:00:00:01:00\t2412\t-45\t[ESS]\t" + name + "!\n"))}},
-                   {"STATUS", then_connected_to(name + "!", 3)}});
-        const std::string socket = town.folder() + "/" + name;
-        std::filesystem::create_symlink(town.path(), socket);
+        FakeSupplicant supplicant(
+            {{"LIST_NETWORKS", {reply(profile_list("4\t" + name + "\tany\t\n"))}},
+             {"SCAN_RESULTS",
+              {reply(scan_results("02:00:00:00:01:00\t2412\t-45\t[ESS]\t" + name + "!\n"))}},
+             {"STATUS", then_connected_to(name + "!", 3)}});
+        const std::string socket = supplicant.folder() + "/" + name;
+        std::filesystem::create_symlink(supplicant.path(), socket);
         environment.emplace("CORVANE_WPA_SOCKET", socket);
         EXPECT_EQ(run({"forget", "--yes", name}, environment), success("Forgot " + name + ".\n"));
         EXPECT_EQ(run({"forget", "--yes", name + "?"}, environment),
                   failure(name + "? is not a saved network."));
-        town.on("STATUS", then_connected_to(name + "!", 3));
+        supplicant.on("STATUS", then_connected_to(name + "!", 3));
         EXPECT_EQ(run({"connect", "--open", name + "!"}, environment),
                   success("Connected to " + name + "!.\n"));
-        EXPECT_EQ(town.requests(),
-                  (list_saved + Requests{"REMOVE_NETWORK 4", "SAVE_CONFIG"} + list_saved + look
-                   + add("436166c3a920e2989521", "NONE") + enable));
+        EXPECT_EQ(supplicant.requests(),
+                  (list_saved + Requests{"REMOVE_NETWORK 4", "SAVE_CONFIG"} + list_saved + listing
+                   + add_profile("436166c3a920e2989521", "NONE") + activate_and_save));
         environment["CORVANE_WPA_SOCKET"] = socket + "/nothing";
         EXPECT_EQ(run({"status"}, environment),
                   failure("Could not connect to wpa_supplicant: Not a directory"));
@@ -593,12 +601,12 @@ TEST(Socket, MustBeThere)
 
 TEST(Socket, PathHasAtMost107Bytes)
 {
-    Town town;
-    std::string path = town.folder() + "/\u00e9";
+    FakeSupplicant supplicant;
+    std::string path = supplicant.folder() + "/\u00e9";
     path.resize(107, 'x');
-    std::filesystem::create_symlink(town.path(), path);
+    std::filesystem::create_symlink(supplicant.path(), path);
     EXPECT_EQ(run({"status"}, environment_for(path)), success(twins_status));
-    std::filesystem::create_symlink(town.path(), path + "x");
+    std::filesystem::create_symlink(supplicant.path(), path + "x");
     EXPECT_EQ(run({"status"}, environment_for(path + "x")),
               failure("Wi-Fi control socket path is too long."));
 }
@@ -607,35 +615,36 @@ TEST(Socket, OfTheProgramIsNumberedAndPrivate)
 {
     const std::vector<Preparation> masks = {[] { umask(0); }, [] { umask(0777); }};
     for (const Preparation mask : masks) {
-        Town town;
-        Terminal terminal({"list"}, environment_for(town.path()), mask);
+        FakeSupplicant supplicant;
+        Terminal terminal({"list"}, environment_for(supplicant.path()), mask);
         const std::string prefix = "/tmp/corvane-wpa-" + std::to_string(terminal.pid()) + "-";
-        EXPECT_EQ(terminal.finish(), success(on_screen(table)));
-        EXPECT_THAT(town.records(),
+        EXPECT_EQ(terminal.finish(), success(on_screen(network_table)));
+        EXPECT_THAT(supplicant.records(),
                     ElementsAre(Field(&Request::sender, prefix + "0"),
                                 Field(&Request::sender, prefix + "1"),
                                 Field(&Request::sender, prefix + "2"),
                                 Field(&Request::sender, prefix + "3")));
-        EXPECT_THAT(town.records(), Each(Field(&Request::sender_mode, 0600)));
+        EXPECT_THAT(supplicant.records(), Each(Field(&Request::sender_mode, 0600)));
     }
 }
 
 TEST(Socket, OfAnEarlierProcessIsReplaced)
 {
-    Town town;
+    FakeSupplicant supplicant;
     const auto leave_one = [] {
         char path[64];
         std::snprintf(path, sizeof(path), "/tmp/corvane-wpa-%d-0", static_cast<int>(getpid()));
         close(open(path, O_CREAT | O_WRONLY, 0600));
     };
-    EXPECT_EQ(run({"status"}, environment_for(town.path()), "", leave_one), success(twins_status));
+    EXPECT_EQ(run({"status"}, environment_for(supplicant.path()), "", leave_one),
+              success(twins_status));
 }
 
 TEST(Silence, EndsTheProgramAfterThreeSeconds)
 {
-    Town town({{"STATUS", {silence()}}});
+    FakeSupplicant supplicant({{"STATUS", {silence()}}});
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(run({"status"}, environment_for(town.path())),
+    EXPECT_EQ(run({"status"}, environment_for(supplicant.path())),
               failure("Timed out waiting for wpa_supplicant."));
     const auto elapsed = std::chrono::steady_clock::now() - start;
     EXPECT_TRUE(elapsed >= 3s && elapsed < 20s) << elapsed / 1ms;
@@ -643,15 +652,15 @@ TEST(Silence, EndsTheProgramAfterThreeSeconds)
 
 TEST(Connecting, IsGivenUpAfterFifteenSeconds)
 {
-    const std::string asked = number + "Wi-Fi password: ";
+    const std::string asked = number_prompt + "Wi-Fi password: ";
     struct Attempt {
         std::vector<std::string> arguments;
         std::string input;
         Outcome outcome;
     };
     const auto given_up = [](const Attempt& attempt) {
-        Town town({{"STATUS", {reply(connected("Twins", 1))}}});
-        Environment environment = environment_for(town.path());
+        FakeSupplicant supplicant({{"STATUS", {reply(connected_status("Twins", 1))}}});
+        Environment environment = environment_for(supplicant.path());
         environment.erase("CORVANE_WIFI_CONNECT_TIMEOUT_MS");
         const auto start = std::chrono::steady_clock::now();
         EXPECT_EQ(run(attempt.arguments, environment, attempt.input), attempt.outcome);
@@ -665,10 +674,12 @@ TEST(Connecting, IsGivenUpAfterFifteenSeconds)
              Attempt{{"connect", "--password-stdin", "Home2"},
                      "home2-password\n",
                      failure("Timed out connecting to Home2.")},
-             Attempt{{"pick"}, "3\n", failure("Timed out connecting to Home.", table, number)},
+             Attempt{{"pick"},
+                     "3\n",
+                     failure("Timed out connecting to Home.", network_table, number_prompt)},
              Attempt{{"pick"},
                      "5\nhome2-password\n",
-                     failure("Timed out connecting to Home2.", table, asked)},
+                     failure("Timed out connecting to Home2.", network_table, asked)},
          })
         running.push_back(std::async(std::launch::async, given_up, attempt));
     for (std::future<void>& attempt : running)
@@ -678,22 +689,23 @@ TEST(Connecting, IsGivenUpAfterFifteenSeconds)
 TEST(Output, ComesInTheOrderOfTheConversation)
 {
     const auto on_one_pipe = [](const std::string& input) {
-        Town town;
-        return run({"pick"}, environment_for(town.path()), input,
+        FakeSupplicant supplicant;
+        return run({"pick"}, environment_for(supplicant.path()), input,
                    [] { dup2(STDOUT_FILENO, STDERR_FILENO); });
     };
     EXPECT_EQ(on_one_pipe("5\nhome2-password\n"),
-              success(table + number + "Wi-Fi password: Connected to Home2.\n"));
+              success(network_table + number_prompt + "Wi-Fi password: Connected to Home2.\n"));
     EXPECT_EQ(on_one_pipe("none\n"),
-              (Outcome{1, table + number + "corvane-wifi: Invalid network number.\n", ""}));
+              (Outcome{1, network_table + number_prompt + "corvane-wifi: Invalid network number.\n",
+                       ""}));
 }
 
 TEST(Output, ThatCannotBeWrittenIsLost)
 {
-    Town town;
-    EXPECT_EQ(run({"status"}, environment_for(town.path()), "", [] { close(STDOUT_FILENO); }),
+    FakeSupplicant supplicant;
+    EXPECT_EQ(run({"status"}, environment_for(supplicant.path()), "", [] { close(STDOUT_FILENO); }),
               success(""));
-    EXPECT_EQ(run({"status"}, environment_for(town.path()), "",
+    EXPECT_EQ(run({"status"}, environment_for(supplicant.path()), "",
                   [] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); }),
               success(""));
     const auto close_pipe = [] {
@@ -703,34 +715,35 @@ TEST(Output, ThatCannotBeWrittenIsLost)
             dup2(ends[1], STDOUT_FILENO);
         }
     };
-    EXPECT_EQ(run({"status"}, environment_for(town.path()), "", close_pipe),
+    EXPECT_EQ(run({"status"}, environment_for(supplicant.path()), "", close_pipe),
               (Outcome{-SIGPIPE, "", ""}));
 }
 
 TEST(Output, ThatCannotBeWrittenDoesNotKeepThePickFromEnding)
 {
-    Town town;
-    EXPECT_EQ(run({"pick"}, environment_for(town.path()), "5\nhome2-password\n",
+    FakeSupplicant supplicant;
+    EXPECT_EQ(run({"pick"}, environment_for(supplicant.path()), "5\nhome2-password\n",
                   [] { close(STDOUT_FILENO); }),
-              success("", number + "Wi-Fi password: "));
+              success("", number_prompt + "Wi-Fi password: "));
 }
 
 TEST(Errors, ThatCannotBeWrittenStillShowInTheExitStatus)
 {
-    Town town;
-    EXPECT_EQ(run({"nonsense"}, environment_for(town.path()), "", [] { close(STDERR_FILENO); }),
-              (Outcome{1, "", ""}));
-    EXPECT_EQ(run({"pick"}, environment_for(town.path()), "5\nhome2-password\n",
+    FakeSupplicant supplicant;
+    EXPECT_EQ(
+        run({"nonsense"}, environment_for(supplicant.path()), "", [] { close(STDERR_FILENO); }),
+        (Outcome{1, "", ""}));
+    EXPECT_EQ(run({"pick"}, environment_for(supplicant.path()), "5\nhome2-password\n",
                   [] { close(STDERR_FILENO); }),
-              success(table + "Connected to Home2.\n"));
+              success(network_table + "Connected to Home2.\n"));
 }
 
 TEST(Input, ThatIsClosedIsReported)
 {
-    Town town;
-    EXPECT_EQ(run({"pick"}, environment_for(town.path()), "", [] { close(STDIN_FILENO); }),
-              failure("Could not read input.", table, number));
-    EXPECT_EQ(run({"connect", "--password-stdin", "Home2"}, environment_for(town.path()), "",
+    FakeSupplicant supplicant;
+    EXPECT_EQ(run({"pick"}, environment_for(supplicant.path()), "", [] { close(STDIN_FILENO); }),
+              failure("Could not read input.", network_table, number_prompt));
+    EXPECT_EQ(run({"connect", "--password-stdin", "Home2"}, environment_for(supplicant.path()), "",
                   [] { close(STDIN_FILENO); }),
               failure("Could not read input."));
 }
@@ -738,13 +751,13 @@ TEST(Input, ThatIsClosedIsReported)
 TEST(Password, IsSeenByTheSupplicantAlone)
 {
     const std::string password = "home2-password";
-    Town town({{"SELECT_NETWORK", {silence()}}});
-    const Environment environment = environment_for(town.path());
+    FakeSupplicant supplicant({{"SELECT_NETWORK", {silence()}}});
+    const Environment environment = environment_for(supplicant.path());
     auto ended = std::async(std::launch::async, [&] {
         return run({"connect", "--password-stdin", "Home2"}, environment, password + "\n");
     });
-    ASSERT_TRUE(town.wait_for("SELECT_NETWORK 3"));
-    const std::string sender = town.records().back().sender;
+    ASSERT_TRUE(supplicant.wait_for_request("SELECT_NETWORK 3"));
+    const std::string sender = supplicant.records().back().sender;
     const pid_t pid = std::stoi(sender.substr(sender.find("wpa-") + 4));
     EXPECT_THAT(process_file(pid, "cmdline"), HasSubstr("--password-stdin"));
     EXPECT_THAT(process_file(pid, "cmdline"), Not(HasSubstr(password)));
@@ -756,10 +769,10 @@ TEST(Password, IsSeenByTheSupplicantAlone)
 TEST(Password, IsNotShownWhereItIsRefused)
 {
     const std::string refused = "home2-password\r\n";
-    Town town({{"SET_NETWORK 3 psk", {reply("FAIL\n")}}});
+    FakeSupplicant supplicant({{"SET_NETWORK 3 psk", {reply("FAIL\n")}}});
     for (const std::string& input : {refused, std::string("home2-password\n")}) {
         const Outcome outcome = run({"connect", "--password-stdin", "Home2"},
-                                    environment_for(town.path()), input);
+                                    environment_for(supplicant.path()), input);
         EXPECT_EQ(outcome.status, 1);
         EXPECT_THAT(outcome.out + outcome.err, Not(HasSubstr("home2-password")));
     }

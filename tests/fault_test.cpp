@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-#include "support/town.hpp"
+#include "support/fake_supplicant.hpp"
+#include "support/program.hpp"
+#include "support/replies.hpp"
+#include "support/rows.hpp"
 
 #include <gmock/gmock.h>
 
 #include <cerrno>
 #include <csignal>
-
-namespace {
 
 struct Fault {
     std::string name;
@@ -18,10 +19,7 @@ struct Fault {
     bool sent = false; ///< The request reaches the supplicant all the same.
 };
 
-std::ostream& operator<<(std::ostream& stream, const Fault& value)
-{
-    return stream << value.name;
-}
+namespace {
 
 class Transport : public testing::TestWithParam<Fault> { };
 
@@ -41,8 +39,8 @@ const Dispositions four_ignored = {signal_set({SIGHUP, SIGINT, SIGQUIT, SIGTERM}
 /// Picks Home2 where echo could not be turned off: the password is read all the same.
 void expect_password_read_with_echo(const Environment& more)
 {
-    Town town;
-    Terminal terminal({"pick"}, environment_for(town.path(), more), ignore_all_four);
+    FakeSupplicant supplicant;
+    Terminal terminal({"pick"}, environment_for(supplicant.path(), more), ignore_all_four);
     const termios before = terminal.settings();
     terminal.wait_for("Network number: ");
     terminal.type("5\n");
@@ -52,11 +50,11 @@ void expect_password_read_with_echo(const Environment& more)
     EXPECT_EQ(dispositions_of(terminal.pid()), four_ignored);
     terminal.type("home2-password\n");
     EXPECT_EQ(terminal.finish(),
-              success(on_screen(table
+              success(on_screen(network_table
                                 + "Network number: 5\nWi-Fi password: home2-password\n\n"
                                   "Connected to Home2.\n")));
     EXPECT_EQ(terminal.settings(), before);
-    EXPECT_EQ(town.requests(), scan + join_home2("\"home2-password\""));
+    EXPECT_EQ(supplicant.requests(), scan_listing + join_home2("\"home2-password\""));
 }
 
 } // namespace
@@ -64,17 +62,18 @@ void expect_password_read_with_echo(const Environment& more)
 TEST_P(Transport, FailsWithItsMessageAndLeavesNothing)
 {
     const auto& [name, call, error, message, sent] = GetParam();
-    Town first;
+    FakeSupplicant first;
     EXPECT_EQ(run({"list"}, environment_for(first.path(), fault(call, error))), failure(message));
-    EXPECT_TRUE(!sent || first.wait_for("SCAN")); // the program may be gone before it is read
+    EXPECT_TRUE(!sent
+                || first.wait_for_request("SCAN")); // the program may be gone before it is read
     EXPECT_EQ(first.requests(), sent ? Requests{"SCAN"} : Requests{});
 
     // SET_NETWORK key_mgmt is the sixth; the removal after it goes through.
-    Town sixth;
+    FakeSupplicant sixth;
     EXPECT_EQ(run(connect_home2, environment_for(sixth.path(), fault(call, error, 6)),
                   "home2-password\n"),
               failure(message));
-    Requests requests = look + Requests{"ADD_NETWORK", "SET_NETWORK 3 ssid 486f6d6532"};
+    Requests requests = listing + Requests{"ADD_NETWORK", "SET_NETWORK 3 ssid 486f6d6532"};
     if (sent)
         requests.push_back("SET_NETWORK 3 key_mgmt WPA-PSK");
     EXPECT_EQ(sixth.requests(), requests + Requests{"REMOVE_NETWORK 3"});
@@ -101,30 +100,31 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(ShortSend, IsAFailure)
 {
-    Town town;
-    EXPECT_EQ(run({"list"}, environment_for(town.path(), fault("send", 0))),
+    FakeSupplicant supplicant;
+    EXPECT_EQ(run({"list"}, environment_for(supplicant.path(), fault("send", 0))),
               failure("Could not send Wi-Fi command: Success"));
-    EXPECT_TRUE(town.wait_for("SCA"));
-    EXPECT_EQ(town.requests(), Requests{"SCA"});
+    EXPECT_TRUE(supplicant.wait_for_request("SCA"));
+    EXPECT_EQ(supplicant.requests(), Requests{"SCA"});
 }
 
 TEST(RefusedSocket, DoesNotUseUpANumber)
 {
     // Only the removal after a failure shows the number that follows it.
-    Town town;
-    run(connect_home2, environment_for(town.path(), fault("socket", EMFILE, 6)),
+    FakeSupplicant supplicant;
+    run(connect_home2, environment_for(supplicant.path(), fault("socket", EMFILE, 6)),
         "home2-password\n");
-    EXPECT_THAT(town.records().back().sender, testing::EndsWith("-5"));
-    run(connect_home2, environment_for(town.path(), fault("bind", ENOSPC, 6)), "home2-password\n");
-    EXPECT_THAT(town.records().back().sender, testing::EndsWith("-6"));
+    EXPECT_THAT(supplicant.records().back().sender, testing::EndsWith("-5"));
+    run(connect_home2, environment_for(supplicant.path(), fault("bind", ENOSPC, 6)),
+        "home2-password\n");
+    EXPECT_THAT(supplicant.records().back().sender, testing::EndsWith("-6"));
 }
 
 TEST(FailingRemoval, ChangesNoMessage)
 {
-    Town town({{"SET_NETWORK", {reply("FAIL\n")}}});
-    EXPECT_EQ(
-        run(connect_home2, environment_for(town.path(), fault("poll", 0, 6)), "home2-password\n"),
-        failure("Could not set Wi-Fi network name: FAIL"));
+    FakeSupplicant supplicant({{"SET_NETWORK", {reply("FAIL\n")}}});
+    EXPECT_EQ(run(connect_home2, environment_for(supplicant.path(), fault("poll", 0, 6)),
+                  "home2-password\n"),
+              failure("Could not set Wi-Fi network name: FAIL"));
 }
 
 TEST(HiddenEntry, ReadsWithEchoWhereSettingsCannotBeRead)
@@ -159,31 +159,31 @@ TEST(HiddenEntry, PutsThreeHandlersBackWhereTheFourthCannotBeInstalled)
 
 TEST(HiddenEntry, LeavesSignalsAloneAfterAHandlerThatCannotBeInstalled)
 {
-    Town town({{"ADD_NETWORK", {silence()}}});
-    Terminal terminal({"pick"}, environment_for(town.path(), fault("sigaction", EINVAL, 3)),
+    FakeSupplicant supplicant({{"ADD_NETWORK", {silence()}}});
+    Terminal terminal({"pick"}, environment_for(supplicant.path(), fault("sigaction", EINVAL, 3)),
                       ignore_all_four);
     terminal.wait_for("Network number: ");
     terminal.type("5\n");
     terminal.wait_for("Wi-Fi password: ");
     terminal.wait_until_reading();
     terminal.type("home2-password\n");
-    ASSERT_TRUE(town.wait_for("ADD_NETWORK"));
+    ASSERT_TRUE(supplicant.wait_for_request("ADD_NETWORK"));
     EXPECT_EQ(dispositions_of(terminal.pid()), four_ignored);
     EXPECT_EQ(terminal.finish().status, 1);
 }
 
 TEST(HiddenEntry, EndsNormallyWhereEchoCannotBeTurnedOn)
 {
-    Town town;
-    Terminal terminal({"pick"}, environment_for(town.path(), fault("tcsetattr", EIO, 2)));
+    FakeSupplicant supplicant;
+    Terminal terminal({"pick"}, environment_for(supplicant.path(), fault("tcsetattr", EIO, 2)));
     terminal.wait_for("Network number: ");
     terminal.type("5\n");
     terminal.wait_for("Wi-Fi password: ");
     terminal.wait_for_echo(false);
     terminal.type("home2-password\n");
-    EXPECT_EQ(
-        terminal.finish(),
-        success(on_screen(table + "Network number: 5\nWi-Fi password: \nConnected to Home2.\n")));
+    EXPECT_EQ(terminal.finish(),
+              success(on_screen(network_table
+                                + "Network number: 5\nWi-Fi password: \nConnected to Home2.\n")));
     EXPECT_FALSE(terminal.echoes());
 }
 
@@ -191,8 +191,8 @@ TEST(OpenEntry, TouchesNeitherTerminalNorSignals)
 {
     for (const char* call : {"tcgetattr", "tcsetattr", "sigaction"}) {
         SCOPED_TRACE(call);
-        Town town({{"STATUS", {reply(connected("Twins", 1))}}});
-        Environment environment = environment_for(town.path(), fault(call, -SIGKILL));
+        FakeSupplicant supplicant({{"STATUS", {reply(connected_status("Twins", 1))}}});
+        Environment environment = environment_for(supplicant.path(), fault(call, -SIGKILL));
         environment["CORVANE_WIFI_CONNECT_TIMEOUT_MS"] = "0";
         Terminal number({"pick"}, environment);
         number.type("1\n");
@@ -207,7 +207,7 @@ TEST(OpenEntry, TouchesNeitherTerminalNorSignals)
 
 TEST(QtAtStart, IsNotHeard)
 {
-    Town town;
-    EXPECT_EQ(run({"status"}, environment_for(town.path(), fault("setlocale", 1))),
+    FakeSupplicant supplicant;
+    EXPECT_EQ(run({"status"}, environment_for(supplicant.path(), fault("setlocale", 1))),
               success("State: COMPLETED\nNetwork: Twins\nAddress: 10.66.2.48\n"));
 }

@@ -5,8 +5,11 @@
 // memory at one of its allocations: each of them in turn, as an undisturbed run made them.
 
 #include "cvn/wifi.hpp"
+#include "support/fake_supplicant.hpp"
+#include "support/program.hpp"
+#include "support/replies.hpp"
+#include "support/rows.hpp"
 #include "support/temporary_folder.hpp"
-#include "support/town.hpp"
 
 #include <gmock/gmock.h>
 
@@ -25,8 +28,6 @@
 #include <sstream>
 #include <tuple>
 
-namespace {
-
 struct Action {
     std::string name;
     std::vector<std::string> arguments;
@@ -36,36 +37,38 @@ struct Action {
     Script script = {};
 };
 
-std::ostream& operator<<(std::ostream& stream, const Action& action)
-{
-    return stream << action.name;
-}
+namespace {
 
 const std::vector<std::string> home2 = {"connect", "--password-stdin", "Home2"};
 const std::string password = "home2-password\n";
 const Script mixed_comes_up = {
-    {"STATUS", {reply(connected("Twins", 1)), reply(connected("Mixed", 2))}}};
+    {"STATUS", {reply(connected_status("Twins", 1)), reply(connected_status("Mixed", 2))}}};
 const Script cafe_comes_up = {
-    {"STATUS", {reply(connected("Twins", 1)), reply(connected("Cafe", 3))}}};
+    {"STATUS", {reply(connected_status("Twins", 1)), reply(connected_status("Cafe", 3))}}};
 
 const std::string removal = "REMOVE_NETWORK 3";
-const Requests joined = join_home2("\"home2-password\"");
+const Requests add_home2 = join_home2("\"home2-password\"");
 const Requests mixed = {"SELECT_NETWORK 2", "STATUS"};
 const std::vector<Action> actions = {
     {"Status", {"status"}, {"STATUS"}},
-    {"List", {"list"}, scan},
-    {"ConnectSaved", {"connect", "Mixed"}, look + mixed, {}, {}, mixed_comes_up},
+    {"List", {"list"}, scan_listing},
+    {"ConnectSaved", {"connect", "Mixed"}, listing + mixed, {}, {}, mixed_comes_up},
     {"ConnectOpen",
      {"connect", "--open", "Cafe"},
-     look + add("43616665", "NONE") + enable,
+     listing + add_profile("43616665", "NONE") + activate_and_save,
      {},
      {},
      cafe_comes_up},
-    {"ConnectNew", home2, look + joined, password},
-    {"PickSaved", {"pick"}, scan + mixed, {}, {{"Network number: ", "2\n"}}, mixed_comes_up},
+    {"ConnectNew", home2, listing + add_home2, password},
+    {"PickSaved",
+     {"pick"},
+     scan_listing + mixed,
+     {},
+     {{"Network number: ", "2\n"}},
+     mixed_comes_up},
     {"PickNew",
      {"pick"},
-     scan + joined,
+     scan_listing + add_home2,
      {},
      {{"Network number: ", "5\n"}, {"Wi-Fi password: ", password}}},
     {"Disconnect", {"disconnect"}, {"DISCONNECT"}},
@@ -74,7 +77,7 @@ const std::vector<Action> actions = {
      {"LIST_NETWORKS", "STATUS", "REMOVE_NETWORK 0", "SAVE_CONFIG"}},
 };
 
-const Action refused = {"Refused", home2, look + joined + Requests{removal},
+const Action refused = {"Refused", home2, listing + add_home2 + Requests{removal},
                         password,  {},    {{"SAVE_CONFIG", {reply("FAIL\n")}}}};
 
 struct Fault {
@@ -110,9 +113,9 @@ struct Trial {
     std::string trace = {};
 };
 
-const TemporaryFolder attic;
-const int in_attic = open(attic.path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-std::vector<std::string> to_inherit; ///< Files in the attic, called by their number.
+const TemporaryFolder kept;
+const int kept_descriptor = open(kept.path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+std::vector<std::string> to_inherit; ///< Files in the kept, called by their number.
 
 /// Gives a run just the files that an earlier one with its process id would have left it.
 void inherit()
@@ -124,7 +127,7 @@ void inherit()
     }
     for (const std::string& number : to_inherit) {
         snprintf(own, sizeof(own), "/tmp/corvane-wpa-%d-%s", getpid(), number.c_str());
-        renameat(in_attic, number.c_str(), AT_FDCWD, own);
+        renameat(kept_descriptor, number.c_str(), AT_FDCWD, own);
     }
 }
 
@@ -151,10 +154,10 @@ void under_a_shell()
 Trial attempt(const Action& action, size_t answers, const Environment& more = {},
               Preparation prepare = inherit, const std::vector<std::string>& strace = {})
 {
-    Town town(action.script);
-    const Environment environment = environment_for(town.path(), more);
+    FakeSupplicant supplicant(action.script);
+    const Environment environment = environment_for(supplicant.path(), more);
     std::vector<std::string> tracer = strace;
-    const std::string log = town.folder() + "/trace";
+    const std::string log = supplicant.folder() + "/trace";
     if (!strace.empty())
         tracer.insert(tracer.begin(), {"/usr/bin/strace", "-DDD", "-o", log});
 
@@ -177,19 +180,19 @@ Trial attempt(const Action& action, size_t answers, const Environment& more = {}
         });
 
     // What is answered behind them says that all earlier requests have been read.
-    cvn::wifi::Client(QString::fromStdString(town.path())).command("PING", 30000);
-    trial.requests = town.requests();
+    cvn::wifi::Client(QString::fromStdString(supplicant.path())).command("PING", 30000);
+    trial.requests = supplicant.requests();
     trial.requests.pop_back();
     // Behind a shell the process id is the shell's, and what the program left is known by its
     // requests.
     if (prepare == under_a_shell)
         trial.outcome.left.clear();
-    for (const Request& record : town.records())
+    for (const Request& record : supplicant.records())
         if (prepare == under_a_shell && access(record.sender.c_str(), F_OK) == 0)
             trial.outcome.left.push_back(record.sender);
     for (std::string& path : trial.outcome.left) {
         const std::string number = path.substr(path.rfind('-') + 1);
-        renameat(AT_FDCWD, path.c_str(), in_attic, number.c_str());
+        renameat(AT_FDCWD, path.c_str(), kept_descriptor, number.c_str());
         path = number;
     }
     return trial;

@@ -4,7 +4,7 @@
 // Many exchanges, one after another and at once; scripts/load makes them very many.
 
 #include "cvn/wifi.hpp"
-#include "support/hand_supplicant.hpp"
+#include "support/fake_supplicant.hpp"
 #include "support/program.hpp"
 
 #include <gtest/gtest.h>
@@ -33,11 +33,11 @@ int count(const char* name, int quick)
 }
 
 /// Calls itself connected to a network named after who asks, so that no two get the same reply.
-class Mirror : public HandSupplicant {
+class Mirror : public ManualSupplicant {
 public:
     Mirror()
         : thread_([this] {
-            for (Request request = receive(); !request.sender.empty(); request = receive())
+            for (::Request request = receive(); !request.sender.empty(); request = receive())
                 EXPECT_EQ(send(request.sender,
                                "wpa_state=" + request.bytes + "\nssid=" + request.sender + "\n"),
                           0);
@@ -85,7 +85,7 @@ void expect_own_reply(Outcome outcome)
               (Outcome{0, pid + "\nState: STATUS\nNetwork: " + own + "\nAddress: \n", ""}));
 }
 
-Client client_of(const HandSupplicant& supplicant)
+Client client_of(const ManualSupplicant& supplicant)
 {
     return {QString::fromStdString(supplicant.path())};
 }
@@ -190,7 +190,7 @@ TEST(ManyCalls, ThatTheQueueCannotHoldWaitForTheirTurn)
     int queue = 0;
     std::ifstream("/proc/sys/net/unix/max_dgram_qlen") >> queue;
     const int threads = queue + 10;
-    const HandSupplicant supplicant;
+    const ManualSupplicant supplicant;
     const Client client = client_of(supplicant);
     const std::string sending = std::to_string(SYS_sendto) + ' ';
     std::thread supplying([&] {
@@ -204,7 +204,7 @@ TEST(ManyCalls, ThatTheQueueCannotHoldWaitForTheirTurn)
             return false;
         });
         for (int i = 0; i < threads; ++i) {
-            const HandSupplicant::Request request = supplicant.receive();
+            const Request request = supplicant.receive();
             EXPECT_EQ(supplicant.send(request.sender, "re: " + request.bytes), 0);
         }
     });

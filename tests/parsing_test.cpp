@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-#include "support/library.hpp"
+#include "support/describe.hpp"
+#include "support/replies.hpp"
+#include "support/rows.hpp"
 
 #include <gmock/gmock.h>
 
@@ -110,7 +112,7 @@ INSTANTIATE_TEST_SUITE_P(
         Parsed{"Utf8", "ssid=Café ☕", "|Café ☕||-1"},
         Parsed{"InvalidUtf8", "ssid=a\xff\nid=0", "|a\xef\xbf\xbd||0"},
         Parsed{"NulBytes", "ss\0id=a\nssid=\0b\n"_ba, std::string("|\0b||-1", 7)}),
-    by_name<Parsed>);
+    by_name);
 
 class Flags : public testing::TestWithParam<Parsed> { };
 
@@ -145,7 +147,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Parsed{"Rsn", "[RSN--CCMP][ESS]", "unsupported"},
                     Parsed{"Owe", "[WPA2-OWE-CCMP][ESS]", "unsupported"},
                     Parsed{"Wpa", "[WPA-CCMP]", "unsupported"}),
-    by_name<Parsed>);
+    by_name);
 
 TEST(NetworkTables, OfARealPlaceAreMerged)
 {
@@ -298,7 +300,7 @@ INSTANTIATE_TEST_SUITE_P(
         Use{"NotByTheFirstOfTwoIds", {"SCANNING", "", "", 0}, profile_0 + profile_3, false},
         Use{"ByTheLastOfTwoIds", {"SCANNING", "", "", 3}, profile_0 + profile_3, true},
         Use{"ByNameOfTwoProfiles", {"COMPLETED", "Home2", "", 0}, profile_0 + profile_3, true}),
-    by_name<Use>);
+    by_name);
 
 TEST(NetworkOrder, IsCurrentThenSavedThenStrongest)
 {

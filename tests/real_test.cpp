@@ -6,6 +6,7 @@
 #include "cvn/wifi.hpp"
 #include "support/daemon.hpp"
 #include "support/program.hpp"
+#include "support/rows.hpp"
 
 #include <gmock/gmock.h>
 
@@ -23,6 +24,16 @@
 using cvn::wifi::Client;
 using cvn::wifi::Security;
 
+struct Failing {
+    const char* name;
+    Setup setup;
+    std::string ssid;
+    Security security;
+    const char* password;
+    int timeout_ms;
+    const char* message;
+};
+
 namespace {
 
 const std::string no_key = "key_mgmt=NONE";
@@ -37,14 +48,9 @@ Setup wired(const std::string& profiles)
     return {.profiles = profiles, .driver = "wired", .address = "10.66.2.48/24"};
 }
 
-Outcome success(const std::string& line)
+Outcome printed(const std::string& line)
 {
-    return {0, line + '\n', ""};
-}
-
-Outcome refusal(const std::string& message)
-{
-    return {1, "", "corvane-wifi: " + message + '\n'};
+    return success(line + '\n');
 }
 
 class Supplicant : public Daemon {
@@ -127,9 +133,9 @@ protected:
 TEST_F(Real, StatusWithoutAConnection)
 {
     const Supplicant supplicant({});
-    EXPECT_EQ(supplicant.command({"status"}), success("State: DISCONNECTED\nNetwork: \nAddress: "));
+    EXPECT_EQ(supplicant.command({"status"}), printed("State: DISCONNECTED\nNetwork: \nAddress: "));
     EXPECT_EQ(supplicant.command({"status", "--json"}),
-              success(R"({"address":"","saved_id":-1,"ssid":"","state":"DISCONNECTED"})"));
+              printed(R"({"address":"","saved_id":-1,"ssid":"","state":"DISCONNECTED"})"));
 }
 
 TEST_F(Real, StatusWithAConnection)
@@ -138,9 +144,9 @@ TEST_F(Real, StatusWithAConnection)
     supplicant.ask("SELECT_NETWORK 1");
     supplicant.wait_for("STATUS", "wpa_state=COMPLETED\n");
     EXPECT_EQ(supplicant.command({"status"}),
-              success("State: COMPLETED\nNetwork: Cafe\nAddress: 10.66.2.48"));
+              printed("State: COMPLETED\nNetwork: Cafe\nAddress: 10.66.2.48"));
     EXPECT_EQ(supplicant.command({"status", "--json"}),
-              success(R"({"address":"10.66.2.48","saved_id":1,"ssid":"Cafe",)"
+              printed(R"({"address":"10.66.2.48","saved_id":1,"ssid":"Cafe",)"
                       R"("state":"COMPLETED"})"));
 }
 
@@ -148,7 +154,7 @@ TEST_F(Real, ListScansAndIsEmptyWithoutARadio)
 {
     const Supplicant supplicant({});
     EXPECT_EQ(supplicant.command({"list"}), (Outcome{0, "", ""}));
-    EXPECT_EQ(supplicant.command({"list", "--json"}), success("[]"));
+    EXPECT_EQ(supplicant.command({"list", "--json"}), printed("[]"));
 }
 
 TEST_F(Real, ListShowsNamesAsTheyArePrinted)
@@ -158,7 +164,7 @@ TEST_F(Real, ListShowsNamesAsTheyArePrinted)
                                      + profile("436166c3a9", "psk=\"caf\xc3\xa9-au-lait\"", true)
                                      + profile("fffe0a1b5b33316d00", no_key, true)});
     EXPECT_EQ(supplicant.command({"list", "--cached"}),
-              success("1.     two  blanks   [unsupported, saved, saved]\n"
+              printed("1.     two  blanks   [unsupported, saved, saved]\n"
                       "2.   Bob \\\"5G\\\" C:\\\\net  [unsupported, saved, saved]\n"
                       "3.   Caf\\xc3\\xa9  [unsupported, saved, saved]\n"
                       "4.   \\xff\\xfe\\n\\e[31m\\x00  [unsupported, saved, saved]"));
@@ -168,7 +174,7 @@ TEST_F(Real, ListShowsNamesAsTheyArePrinted)
             + R"(","supported":false})";
     };
     EXPECT_EQ(supplicant.command({"list", "--cached", "--json"}),
-              success('[' + object("0", "  two  blanks ") + ','
+              printed('[' + object("0", "  two  blanks ") + ','
                       + object("1", R"(Bob \\\"5G\\\" C:\\\\net)") + ','
                       + object("2", R"(Caf\\xc3\\xa9)") + ','
                       + object("3", R"(\\xff\\xfe\\n\\e[31m\\x00)") + ']'));
@@ -180,7 +186,7 @@ TEST_F(Real, ListMarksTheNetworkThatIsNotYetCompleted)
     supplicant.ask("SELECT_NETWORK 1");
     supplicant.wait_for("STATUS", "wpa_state=ASSOCIATED\n");
     EXPECT_EQ(supplicant.command({"list"}),
-              success("1. * Home  [unsupported, saved, saved]\n"
+              printed("1. * Home  [unsupported, saved, saved]\n"
                       "2.   Cafe  [unsupported, saved, saved]"));
 }
 
@@ -191,17 +197,17 @@ TEST_F(Real, ForgetTakesThePrintedNameAndNoOtherProfile)
     const std::string accent = profile("436166c3a9", "psk=\"caf\xc3\xa9-au-lait\"", true);
     const Supplicant supplicant({.profiles = home + blanks + bob + accent + cafe});
     EXPECT_EQ(supplicant.command({"forget", "--yes", R"(Caf\xc3\xa9)"}),
-              success(R"(Forgot Caf\xc3\xa9.)"));
+              printed(R"(Forgot Caf\xc3\xa9.)"));
     EXPECT_EQ(supplicant.saved(), home + blanks + bob + cafe);
     EXPECT_EQ(supplicant.command({"forget", "--yes", R"(Bob \"5G\" C:\\net)"}),
-              success(R"(Forgot Bob \"5G\" C:\\net.)"));
+              printed(R"(Forgot Bob \"5G\" C:\\net.)"));
     EXPECT_EQ(supplicant.saved(), home + blanks + cafe);
     EXPECT_EQ(supplicant.command({"forget", "--yes", "--json", "  two  blanks "}),
-              success(R"({"ok":true})"));
+              printed(R"({"ok":true})"));
     EXPECT_EQ(supplicant.saved(), home + cafe);
     EXPECT_EQ(supplicant.count_saves(), 3);
     EXPECT_EQ(supplicant.command({"forget", "--yes", "home"}),
-              refusal("home is not a saved network."));
+              failure("home is not a saved network."));
     EXPECT_EQ(supplicant.saved(), home + cafe);
 }
 
@@ -209,22 +215,22 @@ TEST_F(Real, ForgetRemovesTheLastOfTwoProfilesOfOneName)
 {
     const std::string first = profile("\"Cafe\"", "psk=\"first-password\"", true);
     const Supplicant supplicant({.profiles = first + home + cafe});
-    EXPECT_EQ(supplicant.command({"forget", "--yes", "Cafe"}), success("Forgot Cafe."));
+    EXPECT_EQ(supplicant.command({"forget", "--yes", "Cafe"}), printed("Forgot Cafe."));
     EXPECT_EQ(supplicant.saved(), first + home);
 }
 
 TEST_F(Real, SwitchingBetweenSavedNetworksWritesNothing)
 {
     const Supplicant supplicant(wired(home + cafe + guest));
-    EXPECT_EQ(supplicant.command({"connect", "Guest"}), success("Connected to Guest."));
-    EXPECT_EQ(supplicant.command({"connect", "Cafe"}), success("Connected to Cafe."));
+    EXPECT_EQ(supplicant.command({"connect", "Guest"}), printed("Connected to Guest."));
+    EXPECT_EQ(supplicant.command({"connect", "Cafe"}), printed("Connected to Cafe."));
     EXPECT_EQ(supplicant.command({"list"}),
-              success("1. * Cafe  [unsupported, saved, saved]\n"
+              printed("1. * Cafe  [unsupported, saved, saved]\n"
                       "2.   Home  [unsupported, saved, saved]\n"
                       "3.   Guest  [unsupported, saved, saved]"));
-    EXPECT_EQ(supplicant.command({"disconnect"}), success("Wi-Fi disconnected."));
+    EXPECT_EQ(supplicant.command({"disconnect"}), printed("Wi-Fi disconnected."));
     EXPECT_THAT(supplicant.ask("STATUS"), testing::StartsWith("wpa_state=DISCONNECTED\n"));
-    EXPECT_EQ(supplicant.command({"connect", "--json", "Cafe"}), success(R"({"ok":true})"));
+    EXPECT_EQ(supplicant.command({"connect", "--json", "Cafe"}), printed(R"({"ok":true})"));
     EXPECT_THAT(supplicant.ask("STATUS"), testing::HasSubstr("\nwpa_state=COMPLETED\n"));
     EXPECT_TRUE(supplicant.file_is_untouched());
 }
@@ -233,8 +239,8 @@ TEST_F(Real, SwitchingDisablesTheOthersAndALaterSaveStoresThat)
 {
     const std::string enabled = profile("\"Home\"", "psk=\"home-password\"");
     const Supplicant supplicant(wired(enabled + cafe + guest));
-    EXPECT_EQ(supplicant.command({"connect", "Guest"}), success("Connected to Guest."));
-    EXPECT_EQ(supplicant.command({"forget", "--yes", "Cafe"}), success("Forgot Cafe."));
+    EXPECT_EQ(supplicant.command({"connect", "Guest"}), printed("Connected to Guest."));
+    EXPECT_EQ(supplicant.command({"forget", "--yes", "Cafe"}), printed("Forgot Cafe."));
     EXPECT_EQ(supplicant.saved(), home + profile("\"Guest\"", no_key));
 }
 
@@ -267,21 +273,6 @@ TEST_F(Real, ANewOpenNetworkIsSavedOnceItIsConnected)
                 testing::ContainsRegex("\nssid= Bob's  Bar \nid=1\n.*\nwpa_state=COMPLETED\n"));
     EXPECT_EQ(supplicant.saved(), cafe + profile("\" Bob's  Bar \"", no_key));
     EXPECT_EQ(supplicant.count_saves(), 1);
-}
-
-struct Failing {
-    const char* name;
-    Setup setup;
-    std::string ssid;
-    Security security;
-    const char* password;
-    int timeout_ms;
-    const char* message;
-};
-
-void PrintTo(const Failing& failing, std::ostream* stream)
-{
-    *stream << failing.message;
 }
 
 class ANewNetwork : public Real, public testing::WithParamInterface<Failing> { };
@@ -332,7 +323,7 @@ INSTANTIATE_TEST_SUITE_P(
                             "pass\nword",
                             0,
                             "Wi-Fi passwords cannot contain NUL or newline characters."}),
-    [](const auto& which) { return which.param.name; });
+    by_name);
 
 // The backslashes then are part of the password.
 TEST_F(Real, APasswordWithQuotesIsStoredWithTheBackslashesBeforeThem)
@@ -349,7 +340,7 @@ TEST_F(Real, ForgetSaysWhenTheFileCannotBeWritten)
 {
     const Supplicant supplicant({.profiles = cafe, .update_config = false});
     EXPECT_EQ(supplicant.command({"forget", "--yes", "Cafe"}),
-              refusal("Could not save removed Wi-Fi network: FAIL"));
+              failure("Could not save removed Wi-Fi network: FAIL"));
     EXPECT_EQ(supplicant.ask("LIST_NETWORKS"), no_profiles);
     EXPECT_TRUE(supplicant.file_is_untouched());
 }
@@ -367,9 +358,9 @@ TEST_F(Real, ProfilesBeyond4095BytesOfAReplyAreNotSeen)
     const Supplicant supplicant({.profiles = profiles});
     EXPECT_EQ(supplicant.command({"list", "--cached"}), (Outcome{0, lines, ""}));
     EXPECT_EQ(supplicant.command({"forget", "--yes", "Profile 234"}),
-              refusal("Profile 234 is not a saved network."));
+              failure("Profile 234 is not a saved network."));
     EXPECT_EQ(supplicant.command({"forget", "--yes", "Profile 233"}),
-              success("Forgot Profile 233."));
+              printed("Forgot Profile 233."));
 }
 
 TEST_F(Real, OtherUsersAreNotLetIn)
@@ -400,7 +391,7 @@ TEST_F(Real, ADaemonThatIsGoneIsReported)
     Supplicant supplicant({});
     supplicant.end();
     EXPECT_EQ(supplicant.command({"status"}),
-              refusal("Could not connect to wpa_supplicant: No such file or directory"));
+              failure("Could not connect to wpa_supplicant: No such file or directory"));
 }
 
 TEST_F(Real, ADaemonThatWasKilledIsReported)
@@ -408,7 +399,7 @@ TEST_F(Real, ADaemonThatWasKilledIsReported)
     Supplicant supplicant({});
     supplicant.end(SIGKILL);
     EXPECT_EQ(supplicant.command({"status"}),
-              refusal("Could not connect to wpa_supplicant: Connection refused"));
+              failure("Could not connect to wpa_supplicant: Connection refused"));
 }
 
 } // namespace

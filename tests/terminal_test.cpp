@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-#include "support/town.hpp"
+#include "support/fake_supplicant.hpp"
+#include "support/program.hpp"
+#include "support/rows.hpp"
 
 #include <gmock/gmock.h>
 
@@ -11,26 +13,33 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
+struct Ending {
+    std::string name;
+    int signal; ///< Sent, or 0.
+    char key;   ///< Else typed.
+    int status;
+};
+
 namespace {
 
-const std::uint64_t four = signal_set({SIGHUP, SIGINT, SIGQUIT, SIGTERM});
-const std::string asked = on_screen(table + "Network number: 5\nWi-Fi password: ");
-const std::string joined = on_screen("\nConnected to Home2.\n");
+const std::uint64_t ending_signals = signal_set({SIGHUP, SIGINT, SIGQUIT, SIGTERM});
+const std::string asked = on_screen(network_table + "Network number: 5\nWi-Fi password: ");
+const std::string connected_line = on_screen("\nConnected to Home2.\n");
 const std::string bad_length = "corvane-wifi: A WPA password must contain 8 to 63 UTF-8 bytes.\n";
 const std::string password = "home2-password";
 
 /// `pick` up to the question for a password.
-class Pick : public Town, public Terminal {
+class Pick : public FakeSupplicant, public Terminal {
 public:
     explicit Pick(const Environment& more = {}, const Script& script = {},
                   Preparation prepare = nullptr)
-        : Town(script)
+        : FakeSupplicant(script)
         , Terminal({"pick"}, environment_for(path(), more), prepare)
     {
-        Terminal::wait_for("Network number: ");
+        wait_for("Network number: ");
         before = settings();
         type("5\n");
-        Terminal::wait_for("Wi-Fi password: ");
+        wait_for("Wi-Fi password: ");
     }
 
     /// As far as the read of the password, echo off.
@@ -54,18 +63,6 @@ void send_signal(const Terminal& terminal, int signal)
     ASSERT_EQ(kill(terminal.pid(), signal), 0);
 }
 
-struct Ending {
-    std::string name;
-    int signal; ///< Sent, or 0.
-    char key;   ///< Else typed.
-    int status;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Ending& value)
-{
-    return stream << value.name;
-}
-
 class SignalAtThePassword : public testing::TestWithParam<Ending> { };
 
 } // namespace
@@ -76,15 +73,15 @@ TEST(HiddenEntry, ReadsThePasswordUnseenAndPutsEverythingBack)
     pick.hide();
     EXPECT_EQ(pick.settings(), without_echo(pick.before));
     pick.type(password + "\n");
-    EXPECT_EQ(pick.finish(), success(asked + joined));
+    EXPECT_EQ(pick.finish(), success(asked + connected_line));
     EXPECT_EQ(pick.settings(), pick.before);
-    EXPECT_EQ(pick.requests(), scan + join_home2("\"home2-password\""));
+    EXPECT_EQ(pick.requests(), scan_listing + join_home2("\"home2-password\""));
 }
 
 TEST(HiddenEntry, KeepsUnusualSettings)
 {
-    Town town;
-    Terminal terminal({"pick"}, environment_for(town.path()));
+    FakeSupplicant supplicant;
+    Terminal terminal({"pick"}, environment_for(supplicant.path()));
     terminal.wait_for("Network number: ");
     termios unusual = terminal.settings();
     unusual.c_lflag |= ECHONL | NOFLSH;
@@ -99,15 +96,15 @@ TEST(HiddenEntry, KeepsUnusualSettings)
     EXPECT_EQ(terminal.settings(), without_echo(unusual));
     terminal.wait_until_reading();
     terminal.type("forget it!" + password + "\n");
-    EXPECT_EQ(terminal.finish(), success(asked + "\r\n" + joined));
+    EXPECT_EQ(terminal.finish(), success(asked + "\r\n" + connected_line));
     EXPECT_EQ(terminal.settings(), unusual);
-    EXPECT_EQ(town.requests(), scan + join_home2("\"home2-password\""));
+    EXPECT_EQ(supplicant.requests(), scan_listing + join_home2("\"home2-password\""));
 }
 
 TEST(HiddenEntry, LeavesEchoOffThatWasOff)
 {
-    Town town;
-    Terminal terminal({"pick"}, environment_for(town.path()));
+    FakeSupplicant supplicant;
+    Terminal terminal({"pick"}, environment_for(supplicant.path()));
     terminal.wait_for("Network number: ");
     const termios silent = without_echo(terminal.settings());
     terminal.set(silent);
@@ -115,15 +112,16 @@ TEST(HiddenEntry, LeavesEchoOffThatWasOff)
     terminal.wait_for("Wi-Fi password: ");
     terminal.wait_until_reading();
     terminal.type(password + "\n");
-    EXPECT_EQ(terminal.finish(),
-              success(on_screen(table + "Network number: Wi-Fi password: ") + joined));
+    EXPECT_EQ(
+        terminal.finish(),
+        success(on_screen(network_table + "Network number: Wi-Fi password: ") + connected_line));
     EXPECT_EQ(terminal.settings(), silent);
 }
 
 TEST(HiddenEntry, PromptsThenDropsWhatWasTypedAheadAndTurnsEchoOff)
 {
-    Town town;
-    Terminal terminal({"pick"}, environment_for(town.path(), fault("tcsetattr", -SIGSTOP)));
+    FakeSupplicant supplicant;
+    Terminal terminal({"pick"}, environment_for(supplicant.path(), fault("tcsetattr", -SIGSTOP)));
     terminal.wait_for("Network number: ");
     const termios before = terminal.settings();
     terminal.type("5\ntyped ahead\n");
@@ -131,13 +129,13 @@ TEST(HiddenEntry, PromptsThenDropsWhatWasTypedAheadAndTurnsEchoOff)
     terminal.wait_for("Wi-Fi password: ");
     terminal.wait_until_typed();
     EXPECT_EQ(terminal.settings(), before);
-    EXPECT_EQ(dispositions_of(terminal.pid()).caught, four);
+    EXPECT_EQ(dispositions_of(terminal.pid()).caught, ending_signals);
     send_signal(terminal, SIGCONT);
     terminal.wait_for_echo(false);
     terminal.wait_until_reading();
     terminal.type(password + "\n");
-    EXPECT_THAT(terminal.finish().out, EndsWith("Wi-Fi password: " + joined));
-    EXPECT_EQ(town.requests(), scan + join_home2("\"home2-password\""));
+    EXPECT_THAT(terminal.finish().out, EndsWith("Wi-Fi password: " + connected_line));
+    EXPECT_EQ(supplicant.requests(), scan_listing + join_home2("\"home2-password\""));
 }
 
 TEST(HiddenEntry, DropsWhatWasTypedBehindThePassword)
@@ -149,7 +147,7 @@ TEST(HiddenEntry, DropsWhatWasTypedBehindThePassword)
     pick.type("typed unseen\n");
     pick.wait_until_typed();
     send_signal(pick, SIGCONT);
-    EXPECT_EQ(pick.finish(), success(asked + joined));
+    EXPECT_EQ(pick.finish(), success(asked + connected_line));
     EXPECT_EQ(pick.unread(), "");
 }
 
@@ -170,7 +168,7 @@ TEST(HiddenEntry, ReportsTheEndOfInput)
     EXPECT_EQ(pick.finish(),
               (Outcome{1, asked + "\r\ncorvane-wifi: Could not read input.\r\n", ""}));
     EXPECT_EQ(pick.settings(), pick.before);
-    EXPECT_EQ(pick.requests(), scan);
+    EXPECT_EQ(pick.requests(), scan_listing);
 }
 
 TEST(HiddenEntry, TakesWhatStandsBeforeTheEndOfInput)
@@ -178,24 +176,24 @@ TEST(HiddenEntry, TakesWhatStandsBeforeTheEndOfInput)
     Pick pick;
     pick.hide();
     pick.type(password + "\x04\x04");
-    EXPECT_EQ(pick.finish(), success(asked + joined));
+    EXPECT_EQ(pick.finish(), success(asked + connected_line));
     EXPECT_EQ(pick.settings(), pick.before);
-    EXPECT_EQ(pick.requests(), scan + join_home2("\"home2-password\""));
+    EXPECT_EQ(pick.requests(), scan_listing + join_home2("\"home2-password\""));
 }
 
 TEST(HiddenEntry, CatchesTheFourSignalsForItsDurationOnly)
 {
-    Town town({{"ADD_NETWORK", {silence()}}});
-    Terminal terminal({"pick"}, environment_for(town.path()));
+    FakeSupplicant supplicant({{"ADD_NETWORK", {silence()}}});
+    Terminal terminal({"pick"}, environment_for(supplicant.path()));
     terminal.wait_for("Network number: ");
     EXPECT_EQ(dispositions_of(terminal.pid()), (Dispositions{0, 0}));
     terminal.type("5\n");
     terminal.wait_for("Wi-Fi password: ");
     terminal.wait_for_echo(false);
-    EXPECT_EQ(dispositions_of(terminal.pid()), (Dispositions{0, four}));
+    EXPECT_EQ(dispositions_of(terminal.pid()), (Dispositions{0, ending_signals}));
     terminal.wait_until_reading();
     terminal.type(password + "\n");
-    ASSERT_TRUE(town.wait_for("ADD_NETWORK"));
+    ASSERT_TRUE(supplicant.wait_for_request("ADD_NETWORK"));
     EXPECT_EQ(dispositions_of(terminal.pid()), (Dispositions{0, 0}));
     EXPECT_TRUE(terminal.echoes());
     EXPECT_EQ(
@@ -211,9 +209,9 @@ TEST(HiddenEntry, LeavesSignalsIgnoredThatWereIgnored)
         std::signal(SIGINT, SIG_IGN);
     });
     pick.hide();
-    EXPECT_EQ(dispositions_of(pick.pid()), (Dispositions{0, four}));
+    EXPECT_EQ(dispositions_of(pick.pid()), (Dispositions{0, ending_signals}));
     pick.type(password + "\n");
-    ASSERT_TRUE(pick.Town::wait_for("ADD_NETWORK"));
+    ASSERT_TRUE(pick.wait_for_request("ADD_NETWORK"));
     EXPECT_EQ(dispositions_of(pick.pid()), two);
     send_signal(pick, SIGINT);
     EXPECT_EQ(pick.finish().status, 1);
@@ -230,7 +228,7 @@ TEST_P(SignalAtThePassword, PutsTheTerminalBackAndEndsTheProgram)
         pick.type(std::string(1, GetParam().key));
     EXPECT_EQ(pick.finish(), (Outcome{GetParam().status, asked, ""}));
     EXPECT_EQ(pick.settings(), pick.before);
-    EXPECT_EQ(pick.requests(), scan);
+    EXPECT_EQ(pick.requests(), scan_listing);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -248,8 +246,8 @@ TEST(SignalAtAnyStep, EndsTheProgramWithTheTerminalAsItWas)
         int signal;
         int status;
     };
-    // The first four install a handler each, before the signal's own it still kills. The next
-    // four put the earlier dispositions back in the same order.
+    // The first ending_signals install a handler each, before the signal's own it still kills. The
+    // next ending_signals put the earlier dispositions back in the same order.
     for (const Step& step : {
              Step{"sigaction", 1, SIGHUP, -SIGHUP},
              Step{"sigaction", 2, SIGHUP, 129},
@@ -323,20 +321,21 @@ TEST(SignalAfterTheRestoration, LeavesTheTerminalAlone)
 
 TEST(SignalAtTheNumber, KillsTheProgram)
 {
-    Town town;
-    Terminal terminal({"pick"}, environment_for(town.path()));
+    FakeSupplicant supplicant;
+    Terminal terminal({"pick"}, environment_for(supplicant.path()));
     terminal.wait_for("Network number: ");
     terminal.wait_until_reading();
     const termios before = terminal.settings();
     send_signal(terminal, SIGINT);
-    EXPECT_EQ(terminal.finish(), (Outcome{-SIGINT, on_screen(table + "Network number: "), ""}));
+    EXPECT_EQ(terminal.finish(),
+              (Outcome{-SIGINT, on_screen(network_table + "Network number: "), ""}));
     EXPECT_EQ(terminal.settings(), before);
 }
 
 TEST(PasswordOption, ReadsFromATerminalWithEcho)
 {
-    Town town;
-    Terminal terminal({"connect", "--password-stdin", "Home2"}, environment_for(town.path()));
+    FakeSupplicant supplicant;
+    Terminal terminal({"connect", "--password-stdin", "Home2"}, environment_for(supplicant.path()));
     const termios before = terminal.settings();
     terminal.wait_until_reading();
     EXPECT_EQ(terminal.settings(), before);
@@ -344,7 +343,7 @@ TEST(PasswordOption, ReadsFromATerminalWithEcho)
     terminal.type(password + "\n");
     EXPECT_EQ(terminal.finish(), success(password + "\r\nConnected to Home2.\r\n"));
     EXPECT_EQ(terminal.settings(), before);
-    EXPECT_EQ(town.requests(), look + join_home2("\"home2-password\""));
+    EXPECT_EQ(supplicant.requests(), listing + join_home2("\"home2-password\""));
 }
 
 TEST(Password, IsNeitherShownNorHeldWhereOthersCanLook)
@@ -352,7 +351,7 @@ TEST(Password, IsNeitherShownNorHeldWhereOthersCanLook)
     Pick pick({}, {{"SET_NETWORK 3 psk", {silence()}}});
     pick.hide();
     pick.type(password + "\n");
-    ASSERT_TRUE(pick.Town::wait_for("SET_NETWORK 3 psk \"home2-password\""));
+    ASSERT_TRUE(pick.wait_for_request("SET_NETWORK 3 psk \"home2-password\""));
     EXPECT_THAT(process_file(pick.pid(), "cmdline"), HasSubstr("pick"));
     EXPECT_THAT(process_file(pick.pid(), "cmdline"), Not(HasSubstr(password)));
     EXPECT_THAT(process_file(pick.pid(), "environ"), HasSubstr("CORVANE_WPA_SOCKET"));

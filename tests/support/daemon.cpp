@@ -3,14 +3,14 @@
 
 #include "support/daemon.hpp"
 
+#include "support/unix_address.hpp"
+
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
-#include <sys/socket.h>
 #include <sys/syscall.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -107,16 +107,6 @@ struct Descriptor {
     Descriptor& operator=(const Descriptor&) = delete;
 };
 
-template <typename Function>
-bool joins(Function bind_or_connect, int descriptor, const std::string& path)
-{
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof(address.sun_path) - 1);
-    return bind_or_connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof(address))
-        == 0;
-}
-
 } // namespace
 
 std::string profile(const std::string& ssid, const std::string& key, bool disabled)
@@ -193,7 +183,8 @@ std::string Daemon::ask(const std::string& request) const
     const Descriptor asker(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     const std::string own = folder() + "/asker";
     unlink(own.c_str());
-    if (!joins(bind, asker.number, own) || !joins(connect, asker.number, path())
+    if (bind(asker.number, UnixAddress(own).get(), UnixAddress::size) != 0
+        || connect(asker.number, UnixAddress(path()).get(), UnixAddress::size) != 0
         || send(asker.number, request.data(), request.size(), 0) < 0)
         return {};
     // Readable once the process has ended, which sends no reply then.

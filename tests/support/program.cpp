@@ -151,6 +151,24 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
     return stream;
 }
 
+Outcome success(const std::string& out, const std::string& err)
+{
+    return {0, out, err};
+}
+
+Outcome failure(const std::string& message, const std::string& out, const std::string& prompt)
+{
+    return {1, out, prompt + "corvane-wifi: " + message + "\n"};
+}
+
+std::string on_screen(const std::string& text)
+{
+    std::string result;
+    for (const char c : text)
+        result += c == '\n' ? std::string("\r\n") : std::string(1, c);
+    return result;
+}
+
 Environment environment_for(const std::string& socket, const Environment& more)
 {
     Environment result = more;

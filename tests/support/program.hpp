@@ -28,6 +28,11 @@ struct Outcome {
 };
 
 std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
+Outcome success(const std::string& out, const std::string& err = {});
+Outcome failure(const std::string& message, const std::string& out = {},
+                const std::string& prompt = {});
+/// With line ends as a terminal shows them.
+std::string on_screen(const std::string& text);
 
 /// The whole environment of a run: the socket, no delay after a scan, a short time-out for
 /// connections, LC_ALL=C, and what `more` sets on top.

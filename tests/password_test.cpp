@@ -3,7 +3,10 @@
 
 // A password shows up nowhere but on its way to the supplicant, whatever fails on that way.
 
-#include "support/town.hpp"
+#include "support/fake_supplicant.hpp"
+#include "support/program.hpp"
+#include "support/replies.hpp"
+#include "support/rows.hpp"
 
 #include <gmock/gmock.h>
 #include <sys/resource.h>
@@ -17,6 +20,13 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
+
+/// A way to hand the program a password; gives what it printed.
+struct Way {
+    std::string name;
+    Requests before; ///< Of the first step.
+    Outcome (*join)(const std::string& socket, const std::string& password);
+};
 
 namespace {
 
@@ -32,18 +42,6 @@ void write_no_file()
     if (getenv("CORVANE_TEST_PRELOAD") == nullptr)
         setrlimit(RLIMIT_FSIZE, &nothing);
 #endif
-}
-
-/// A way to hand the program a password; gives what it printed.
-struct Way {
-    std::string name;
-    Requests before; ///< Of the first step.
-    Outcome (*join)(const std::string& socket, const std::string& password);
-};
-
-std::ostream& operator<<(std::ostream& stream, const Way& value)
-{
-    return stream << value.name;
 }
 
 Outcome connect_by_pipe(const std::string& socket, const std::string& password)
@@ -77,10 +75,10 @@ Outcome connect_at_terminal(const std::string& socket, const std::string& passwo
 }
 
 const std::vector<Way> ways = {
-    {"ConnectingByPipe", look, connect_by_pipe},
-    {"ConnectingAtATerminal", look, connect_at_terminal},
-    {"PickingByPipe", scan, pick_by_pipe},
-    {"PickingAtATerminal", scan, pick_at_terminal},
+    {"ConnectingByPipe", listing, connect_by_pipe},
+    {"ConnectingAtATerminal", listing, connect_at_terminal},
+    {"PickingByPipe", scan_listing, pick_by_pipe},
+    {"PickingAtATerminal", scan_listing, pick_at_terminal},
 };
 
 /// What the supplicant is asked from the password on.
@@ -98,7 +96,7 @@ const std::vector<std::string> steps = {
 Script answer(const std::string& step, const Answer& answer)
 {
     if (step == "STATUS")
-        return {{step, {reply(connected("Twins", 1)), answer}}};
+        return {{step, {reply(connected_status("Twins", 1)), answer}}};
     return {{step, {answer}}};
 }
 
@@ -115,9 +113,9 @@ class Password : public testing::TestWithParam<Way> { };
 
 TEST_P(Password, IsNotPrintedWhereAllGoesWell)
 {
-    Town town;
-    expect_no_secret_in(GetParam().join(town.path(), secret + "-home2"), 0);
-    EXPECT_TRUE(town.wait_for("SET_NETWORK 3 psk \"" + secret + "-home2\""));
+    FakeSupplicant supplicant;
+    expect_no_secret_in(GetParam().join(supplicant.path(), secret + "-home2"), 0);
+    EXPECT_TRUE(supplicant.wait_for_request("SET_NETWORK 3 psk \"" + secret + "-home2\""));
 }
 
 TEST_P(Password, IsNotPrintedWhereItIsNoPassword)
@@ -125,8 +123,8 @@ TEST_P(Password, IsNotPrintedWhereItIsNoPassword)
     const std::string nul(1, '\0');
     for (const std::string& password :
          {secret, secret + std::string(57, 'x'), secret + nul + secret, secret + "\u2615" + nul}) {
-        Town town;
-        expect_no_secret_in(GetParam().join(town.path(), password), 1);
+        FakeSupplicant supplicant;
+        expect_no_secret_in(GetParam().join(supplicant.path(), password), 1);
     }
 }
 
@@ -135,8 +133,8 @@ TEST_P(Password, IsNotPrintedWhereAStepIsRefusedOrTheSupplicantGoesAway)
     for (const std::string& step : steps) {
         SCOPED_TRACE(step);
         for (const Answer& refusal : {reply("FAIL\n"), last_reply("FAIL\n")}) {
-            Town town(answer(step, refusal));
-            expect_no_secret_in(GetParam().join(town.path(), secret + "-home2"), 1);
+            FakeSupplicant supplicant(answer(step, refusal));
+            expect_no_secret_in(GetParam().join(supplicant.path(), secret + "-home2"), 1);
         }
     }
 }
@@ -144,10 +142,10 @@ TEST_P(Password, IsNotPrintedWhereAStepIsRefusedOrTheSupplicantGoesAway)
 TEST_P(Password, IsNotHeldWhereOthersCanLookWhileTheSupplicantIsSilent)
 {
     const Way& way = GetParam();
-    std::vector<std::unique_ptr<Town>> towns;
+    std::vector<std::unique_ptr<FakeSupplicant>> towns;
     std::vector<std::future<Outcome>> ends;
     for (const std::string& step : steps) {
-        towns.push_back(std::make_unique<Town>(answer(step, silence())));
+        towns.push_back(std::make_unique<FakeSupplicant>(answer(step, silence())));
         ends.push_back(
             std::async(std::launch::async, way.join, towns.back()->path(), secret + "-home2"));
     }
@@ -173,7 +171,7 @@ INSTANTIATE_TEST_SUITE_P(, Password, testing::ValuesIn(ways), by_name);
 TEST(HostileReply, ThatSaysThePasswordIsPrintedAsItIs)
 {
     const std::string request = "SET_NETWORK 3 psk \"" + secret + "-home2\"";
-    Town town({{"SET_NETWORK 3 psk", {reply("FAIL " + request + "\n")}}});
-    EXPECT_EQ(connect_by_pipe(town.path(), secret + "-home2"),
+    FakeSupplicant supplicant({{"SET_NETWORK 3 psk", {reply("FAIL " + request + "\n")}}});
+    EXPECT_EQ(connect_by_pipe(supplicant.path(), secret + "-home2"),
               failure("Could not set WPA password: FAIL " + request));
 }

@@ -4,8 +4,10 @@
 // Others on the same machine, and supplicants that do not play fair.
 
 #include "cvn/wifi.hpp"
-#include "support/hand_supplicant.hpp"
-#include "support/town.hpp"
+#include "support/fake_supplicant.hpp"
+#include "support/program.hpp"
+#include "support/replies.hpp"
+#include "support/unix_address.hpp"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -74,7 +76,7 @@ void put_link()
 /// `left`.
 Outcome status_behind(Preparation obstacle)
 {
-    const ScriptedSupplicant supplicant;
+    const FakeSupplicant supplicant({{"STATUS", {reply(idle_status)}}});
     Outcome outcome = run({"status"}, environment_for(supplicant.path()), "", obstacle);
     for (const std::string& path : outcome.left)
         std::filesystem::remove_all(path);
@@ -84,15 +86,15 @@ Outcome status_behind(Preparation obstacle)
 /// The error that `user` gets for a datagram to the socket file `to`; 0 where it arrives.
 int error_of_forgery(const std::string& to, uid_t user)
 {
-    const sockaddr_un address = HandSupplicant::address_of(to);
+    const UnixAddress address(to);
     const pid_t pid = fork();
     if (pid == 0) {
         if (user != geteuid())
             become(user);
         const int descriptor = socket(AF_UNIX, SOCK_DGRAM, 0);
-        const bool sent = sendto(descriptor, "wpa_state=FORGED\n", 17, 0,
-                                 reinterpret_cast<const sockaddr*>(&address), sizeof(address))
-            == 17;
+        const std::string forged = "wpa_state=FORGED\n";
+        const bool sent =
+            sendto(descriptor, forged.data(), forged.size(), 0, address.get(), address.size) > 0;
         _exit(sent ? 0 : errno);
     }
     int status = 0;
@@ -103,11 +105,11 @@ int error_of_forgery(const std::string& to, uid_t user)
 /// Tries to answer in the supplicant's place, then lets the supplicant answer.
 void expect_no_forged_reply(uid_t forger, int error)
 {
-    const HandSupplicant supplicant;
+    const ManualSupplicant supplicant;
     const Environment environment = environment_for(supplicant.path());
     auto ended = std::async(std::launch::async,
                             [&] { return run({"status"}, environment, "", [] { umask(0); }); });
-    const HandSupplicant::Request request = supplicant.receive();
+    const Request request = supplicant.receive();
     EXPECT_EQ(error_of_forgery(request.sender, forger), error);
     EXPECT_EQ(supplicant.send(request.sender, "wpa_state=REAL\n"), 0);
     EXPECT_EQ(ended.get(), success("State: REAL\nNetwork: \nAddress: \n"));
@@ -188,7 +190,7 @@ TEST(ForgedReply, OfAnotherUserIsNotDeliveredBeforeTheSocketFileIsProtected)
 {
     if (geteuid() != 0)
         GTEST_SKIP() << "takes root to become another";
-    const HandSupplicant supplicant;
+    const ManualSupplicant supplicant;
     Terminal terminal({"status"}, environment_for(supplicant.path(), fault("chmod", -SIGSTOP)),
                       [] { umask(0); });
     terminal.wait_until_stopped();
@@ -201,7 +203,7 @@ TEST(ForgedReply, OfAnotherUserIsNotDeliveredBeforeTheSocketFileIsProtected)
 
 TEST(BelatedReply, FindsNobodyAndDisturbsNoLaterExchange)
 {
-    const HandSupplicant supplicant;
+    const ManualSupplicant supplicant;
     const Client client(QString::fromStdString(supplicant.path()));
     EXPECT_ANY_THROW(client.command("FIRST", 0));
     const std::string first = supplicant.receive().sender;
@@ -218,9 +220,9 @@ TEST(BelatedReply, FindsNobodyAndDisturbsNoLaterExchange)
 TEST(NamesOfAForgedDaemon, ArePrintedAsTheyAreAndEscapedInJson)
 {
     const std::string name = "\x1b[2J\x07\u202egnp.exe\u200f\x7f";
-    Town town({{"LIST_NETWORKS", {reply(saved("4\t" + name + "\tany\t\n"))}},
-               {"SCAN_RESULTS", {reply(scanned(""))}}});
-    const Environment environment = environment_for(town.path());
+    FakeSupplicant supplicant({{"LIST_NETWORKS", {reply(profile_list("4\t" + name + "\tany\t\n"))}},
+                               {"SCAN_RESULTS", {reply(scan_results(""))}}});
+    const Environment environment = environment_for(supplicant.path());
     EXPECT_EQ(run({"list"}, environment),
               success("1.   " + name + "  [unsupported, saved, saved]\n"));
     EXPECT_THAT(run({"list", "--json"}, environment).out,
