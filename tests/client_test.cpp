@@ -588,6 +588,9 @@ TEST_F(Refusal, IsEveryReplyButOk)
         {"OK\nOK\n", "OK\nOK"},
         {"%1 %2 %3\n", "%1 %2 %3"},
         {"Café \xff\n", "Café \xef\xbf\xbd"},
+        {"\r\n\n\r", ""},
+        {std::string(65537, 'x'), std::string(65536, 'x')},
+        {"\t\t\t\n\t\t\n=\nid=x\n==", "\t\t\t\n\t\t\n=\nid=x\n=="},
         {"F\0AIL\n"s, "F"}, // what() ends there
     };
     for (const auto& [refusal, shown] : rows) {

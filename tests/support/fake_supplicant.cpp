@@ -98,6 +98,22 @@ Answer death()
     return {{}, {}, true};
 }
 
+Script replies(const std::string& words, const std::string& text)
+{
+    return {{words, {reply(text)}}};
+}
+
+Script then_connected(const std::string& ssid, int id)
+{
+    return {{"STATUS", {reply(connected_status("Twins", 1)), reply(connected_status(ssid, id))}}};
+}
+
+Script no_networks()
+{
+    return {{"SCAN_RESULTS", {reply(scan_results(""))}},
+            {"LIST_NETWORKS", {reply(profile_list(""))}}};
+}
+
 FakeSupplicant::FakeSupplicant(const Script& changes)
     : answers_(changes)
 {

@@ -66,6 +66,12 @@ Answer death();                          ///< No reply: the supplicant exits.
 using Script = std::map<std::string, std::vector<Answer>>;
 using Requests = std::vector<std::string>;
 
+/// The one answer to `words` is the reply `text`.
+Script replies(const std::string& words, const std::string& text);
+/// Connected to Twins when first asked, then to `ssid`.
+Script then_connected(const std::string& ssid, int id);
+Script no_networks(); ///< Neither scanned nor saved.
+
 /// Connected to Twins as profile 1, with the networks of `network_table` around. It replies OK to
 /// whatever changes something, and is connected to Home2 as profile 3 from the second STATUS on.
 class FakeSupplicant : private ManualSupplicant {
@@ -124,7 +130,7 @@ inline Requests add_profile(const std::string& hexadecimal_name, const std::stri
 inline const Requests activate_and_save = {"ENABLE_NETWORK 3", "SELECT_NETWORK 3", "STATUS",
                                            "SAVE_CONFIG"};
 
-inline Requests join_home2(const std::string& quoted_password)
+inline Requests join_home2(const std::string& quoted_password = "\"home2-password\"")
 {
     return add_profile("486f6d6532", "WPA-PSK") + Requests{"SET_NETWORK 3 psk " + quoted_password}
     + activate_and_save;
