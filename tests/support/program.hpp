@@ -21,7 +21,7 @@ using Environment = std::map<std::string, std::string>;
 struct Outcome {
     int status = 0;
     std::string out;
-    std::string err;
+    std::string err = {};
     std::vector<std::string> left = {}; ///< Temporary socket files that the process left behind.
 
     bool operator==(const Outcome&) const = default;
