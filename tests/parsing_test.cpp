@@ -149,6 +149,81 @@ INSTANTIATE_TEST_SUITE_P(
                     Parsed{"Wpa", "[WPA-CCMP]", "unsupported"}),
     by_name);
 
+struct FlagColumn {
+    const char* flags;
+    const char* security;
+};
+
+// What wpa_supplicant 2.9 to 2.11 print for access points of hostapd, and, where simulated radios
+// cannot produce it, what the words in those programs make up.
+constexpr FlagColumn flag_columns[] = {
+    {"[ESS]", "open"},
+    {"[ESS][UTF-8]", "open"},
+    {"[WPS][ESS]", "open"},
+    {"[WPS-PBC][ESS]", "open"},
+    {"[IBSS]", "open"},
+    {"[MESH]", "open"},
+    {"[DMG][PBSS]", "open"},
+    {"[ESS][P2P]", "open"},
+    {"[ESS][HS20]", "open"},
+    {"[ESS][FILS]", "open"},
+    {"[OWE-TRANS][ESS]", "open"},
+    {"[OWE-TRANS-OPEN][ESS]", "open"},
+    {"[OSEN-OSEN-CCMP][ESS][HS20]", "open"},
+    {"[WPA-PSK-TKIP][ESS]", "WPA personal"},
+    {"[WPA-PSK-CCMP][ESS]", "WPA personal"},
+    {"[WPA2-PSK-TKIP][ESS]", "WPA personal"},
+    {"[WPA2-PSK-CCMP][ESS]", "WPA personal"},
+    {"[WPA2-PSK-GCMP][ESS]", "WPA personal"},
+    {"[WPA2-PSK-CCMP-256+GCMP-256][ESS]", "WPA personal"},
+    {"[WPA2-PSK-CCMP][ESS][UTF-8]", "WPA personal"},
+    {"[WPA2-PSK-CCMP][WPS][ESS]", "WPA personal"},
+    {"[WPA2-PSK-CCMP][WPS-AUTH][ESS]", "WPA personal"},
+    {"[WPA2-PSK-CCMP][ESS][P2P]", "WPA personal"},
+    {"[WPA2-PSK-CCMP-preauth][ESS]", "WPA personal"},
+    {"[WPA-PSK-TKIP][WPA2-PSK-CCMP][ESS]", "WPA personal"},
+    {"[WPA-PSK-CCMP+TKIP][WPA2-PSK-CCMP+TKIP][ESS]", "WPA personal"},
+    {"[WPA2-PSK-SHA256-CCMP][ESS]", "WPA personal"},
+    {"[WPA2-PSK+FT/PSK-CCMP][ESS]", "WPA personal"},
+    {"[WPA2-PSK+SAE-CCMP][ESS]", "WPA personal"},
+    {"[WPA2-PSK+SAE-CCMP][SAE-H2E][ESS]", "WPA personal"},
+    {"[WPA2-PSK+SAE+DPP-CCMP][ESS]", "WPA personal"},
+    {"[WPA2-SAE-CCMP][ESS]", "unsupported"},
+    {"[WPA2-SAE-CCMP][SAE-H2E][ESS]", "unsupported"},
+    {"[WPA2-SAE-CCMP][SAE-H2E][SAE-PK][ESS]", "unsupported"},
+    {"[WPA2-SAE+FT/SAE-CCMP][ESS]", "unsupported"},
+    {"[WPA2-SAE+SAE-EXT-KEY-CCMP][SAE-H2E][ESS]", "unsupported"},
+    {"[WPA2-FT/SAE-EXT-KEY-GCMP-256][SAE-H2E][ESS]", "unsupported"},
+    {"[RSN-SAE-CCMP][MESH]", "unsupported"},
+    {"[WPA2-OWE-CCMP][ESS]", "unsupported"},
+    {"[WPA2-OWE-CCMP][OWE-TRANS][ESS]", "unsupported"},
+    {"[WPA2-DPP-CCMP][ESS]", "unsupported"},
+    {"[WPA-None-TKIP][IBSS]", "unsupported"},
+    {"[WEP][ESS]", "unsupported"},
+    {"[WEP][IBSS]", "unsupported"},
+    {"[WPA-EAP-TKIP][WPA2-EAP-CCMP][ESS]", "unsupported"},
+    {"[WPA2-EAP-CCMP][ESS]", "unsupported"},
+    {"[WPA2-EAP-CCMP][ESS][HS20]", "unsupported"},
+    {"[WPA2-EAP-CCMP-preauth][ESS]", "unsupported"},
+    {"[WPA2-EAP+PSK-CCMP][ESS]", "unsupported"},
+    {"[WPA2-EAP+FT/EAP-CCMP][ESS]", "unsupported"},
+    {"[WPA2-EAP+EAP-SHA256-CCMP][ESS]", "unsupported"},
+    {"[WPA2-EAP-SHA384-GCMP-256][ESS]", "unsupported"},
+    {"[WPA2-EAP-SUITE-B-GCMP][ESS]", "unsupported"},
+    {"[WPA2-EAP-SUITE-B-192-GCMP-256][ESS]", "unsupported"},
+    {"[WPA2-EAP+FILS-SHA256+FILS-SHA384-CCMP][ESS][FILS]", "unsupported"},
+    {"[WPA2-FT-FILS-SHA256-CCMP][ESS][FILS]", "unsupported"},
+};
+
+TEST(FlagColumns, OfRealReleasesAreClassified)
+{
+    for (const auto& [flags, security] : flag_columns) {
+        const auto networks = parse(std::string("02:00\t2412\t-45\t") + flags + "\tName\n");
+        ASSERT_EQ(networks.size(), 1U) << flags;
+        EXPECT_EQ(Client::security_name(networks[0].security).toStdString(), security) << flags;
+    }
+}
+
 TEST(NetworkTables, OfARealPlaceAreMerged)
 {
     const Status status = Client::parse_status(QByteArray::fromStdString(home2_status));
