@@ -7,8 +7,16 @@
 conf=/etc/wpa_supplicant.conf
 base="ctrl_interface=DIR=/run/wpa_supplicant GROUP=netdev
 update_config=1"
+# Debian's wpa_supplicant writes this line into each profile since 2.10.
+case $(wpa_supplicant -v) in
+*" v2.9"*) mesh="" ;;
+*) mesh="
+	mesh_fwding=1" ;;
+esac
 # A scan takes about 2 s here, and 5 s while connected.
 export CORVANE_WIFI_SCAN_DELAY_MS=2500
+# A busy machine may need longer than the default for a connection.
+export CORVANE_WIFI_CONNECT_TIMEOUT_MS=60000
 
 # Checks: each prints one line, and what was expected when it does not hold.
 
@@ -54,6 +62,9 @@ join() { # NAME PASSWORD
     printf '%s\n' "$2" >/tmp/password
     wifi connect --password-stdin "$1" </tmp/password
 }
+in_vain() { # COMMAND...: one that can only time out
+    CORVANE_WIFI_CONNECT_TIMEOUT_MS=5000 "$@"
+}
 typist() { # TEXT KEYS... -- COMMAND: leaves $out and $status
     status=0
     /lab/typist "$@" >/tmp/out || status=$?
@@ -70,10 +81,9 @@ ask() { wpa_cli -i wlan0 "$@" 2>/dev/null; }
 profiles() { ask list_networks | sed 1d; }
 state() { ask status | sed -n 's/^wpa_state=//p'; }
 identity() { stat -c '%i %s %y' "$conf" && sha256sum "$conf"; }
-wait_for() { # SECONDS COMMAND...
+wait_for() { # COMMAND...: until it succeeds, or for a minute
     read -r now rest </proc/uptime
-    end=$((${now%.*} + $1))
-    shift
+    end=$((${now%.*} + 60))
     until "$@"; do
         usleep 200000
         read -r now rest </proc/uptime
@@ -87,7 +97,7 @@ state_is() { [ "$(state)" = "$1" ]; }
 has_profile() { profiles | grep -q "	$1	"; }
 start() {
     wpa_supplicant -B -Dnl80211 -iwlan0 -c "$conf" -P /run/wpa.pid -f /run/wpa.log >/dev/null
-    wait_for 10 answers || show "wpa_supplicant does not answer" "$(tail -n 5 /run/wpa.log)"
+    wait_for answers || show "wpa_supplicant does not answer" "$(tail -n 5 /run/wpa.log)"
     # A tablet has a DHCP client that follows the link.
     wpa_cli -i wlan0 -a /lab/online -P /run/online.pid -B
 }
@@ -95,7 +105,7 @@ kill_daemon() { # SIGNAL
     kill "$(cat /run/online.pid)" 2>/dev/null
     pid=$(cat /run/wpa.pid)
     kill "-$1" "$pid"
-    wait_for 10 ended "$pid"
+    wait_for ended "$pid"
 }
 ended() { [ ! -e "/proc/$1" ]; }
 fresh() { # starts anew with an empty list of networks
@@ -113,8 +123,8 @@ scanned() { # NAME...: asks as long as one is missing
 }
 idle() { ! state_is SCANNING; }
 in_range() {
-    wait_for 20 scanned "$@" || echo "# not in range: $*"
-    wait_for 6 idle || true
+    wait_for scanned "$@" || echo "# not in range: $*"
+    wait_for idle || true
 }
 
 # The air: only radios of one group hear each other.

@@ -14,6 +14,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -39,6 +40,22 @@ static void show_echo(int side)
     if (tcgetattr(side, &settings) == 0)
         text = settings.c_lflag & ECHO ? "[echo on]" : "[echo off]";
     show(text, strlen(text));
+}
+
+// Whether the child waits for a line: only then is its echo off where it asks for a password.
+static int is_read(pid_t child)
+{
+    char path[64];
+    long call = -1;
+    unsigned long side = 1;
+    snprintf(path, sizeof path, "/proc/%d/syscall", (int)child);
+    FILE* file = fopen(path, "r");
+    if (file != NULL) {
+        if (fscanf(file, "%ld %lx", &call, &side) != 2)
+            call = -1;
+        fclose(file);
+    }
+    return call == SYS_read && side == STDIN_FILENO;
 }
 
 // Reads for as long as `pause_ms` brings something new.
@@ -100,8 +117,8 @@ int main(int argc, char** argv)
         const char* text = step + 1 < first ? strstr(screen + seen, argv[step]) : NULL;
         if (text == NULL)
             continue;
-        // As a person would be, slower than a program that turns the echo off behind its prompt.
-        look(700);
+        for (int tries = 0; tries < 200 && !is_read(child); ++tries)
+            look(50);
         show_echo(side);
         seen = length;
         type(argv[step + 1]);

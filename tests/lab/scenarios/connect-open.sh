@@ -16,7 +16,7 @@ same "and leaves nothing behind" "$base" "$(cat "$conf")"
 
 wifi connect --open Cafe
 says "connect --open connects" 0 "Connected to Cafe."
-wait_for 15 has_address
+wait_for has_address
 wifi status
 says "status has the state, the name and an address" 0 "State: COMPLETED
 Network: Cafe
@@ -26,7 +26,7 @@ check "which the access point's network gave out" \
 wifi status --json
 says "status --json has the same" 0 "{\"address\":\"$(ask status | sed -n 's/^ip_address=//p')\",\
 \"saved_id\":0,\"ssid\":\"Cafe\",\"state\":\"COMPLETED\"}"
-check "the access point answers a ping" wait_for 10 reaches_access_point
+check "the access point answers a ping" wait_for reaches_access_point
 station=02:00:00:00:00:00
 same "and counts this station" "Station $station" \
     "$(nsenter -t "$(cat /run/air)" -n iw dev wlan1 station dump | grep -o "^Station [0-9:]*")"
@@ -34,7 +34,6 @@ same "the file holds the profile once" "$base
 
 network={
 	ssid=\"Cafe\"
-	key_mgmt=NONE
-	mesh_fwding=1
+	key_mgmt=NONE$mesh
 }" "$(cat "$conf")"
 check "no socket is left" no_sockets_left

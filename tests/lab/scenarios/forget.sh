@@ -12,7 +12,7 @@ says "and a second" 0 "Connected to Home2."
 before=$(identity)
 wifi disconnect
 says "disconnect disconnects" 0 "Wi-Fi disconnected."
-check "wpa_supplicant agrees" wait_for 5 state_is DISCONNECTED
+check "wpa_supplicant agrees" wait_for state_is DISCONNECTED
 wifi connect Home2
 says "connect needs no password again" 0 "Connected to Home2."
 same "neither has written the file" "$before" "$(identity)"
@@ -25,7 +25,7 @@ check "so the connection stays" state_is COMPLETED
 wifi forget --yes Home2
 says "forget --yes forgets" 0 "Forgot Home2."
 off_line() { ! state_is COMPLETED; }
-check "the connection is gone" wait_for 5 off_line
+check "the connection is gone" wait_for off_line
 same "and the profile, from wpa_supplicant" "Mixed" "$(profiles | cut -f 2)"
 same "and from the file" '	ssid="Mixed"' "$(grep ssid= "$conf")"
 wifi connect Home2

@@ -31,6 +31,7 @@ same "nothing is said on standard error" "0 " "$status $err"
 
 wifi list --cached
 same "list --cached shows the same" "$table" "$(by_name)"
+wait_for idle
 same "and has started no scan, for another starts" OK "$(ask scan)"
 same "during which none can be started" FAIL-BUSY "$(ask scan)"
 wifi list
