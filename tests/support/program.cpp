@@ -41,7 +41,7 @@ public:
         // For its _exit(), where coverage is counted.
         if (getenv("CORVANE_TEST_PRELOAD") != nullptr)
             environment.emplace("LD_PRELOAD", FAULTS_LIBRARY);
-        const char* another = getenv("CORVANE_TEST_PROGRAM"); // see tests/json_schema
+        const char* another = getenv("CORVANE_TEST_PROGRAM");
         words_.push_back(another != nullptr ? another : CORVANE_WIFI);
         words_.insert(words_.end(), arguments.begin(), arguments.end());
         for (const auto& [name, value] : environment)

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-/// Runs the built corvane-wifi as a user would: with pipes, or at a terminal.
+/// Runs the built corvane-wifi as a user would: with pipes, or at a terminal. The environment
+/// variable CORVANE_TEST_PROGRAM names another file to run instead, such as a static binary.
 
 #pragma once
 
