@@ -7,7 +7,7 @@ set(CMAKE_C_COMPILER $ENV{CORVANE_TRIPLE}-gcc)
 set(CMAKE_CXX_COMPILER $ENV{CORVANE_TRIPLE}-g++)
 
 # The prefix map keeps the build folder's name out of the file.
-set(flags "-fno-pie -ffunction-sections -fdata-sections -ffile-prefix-map=$ENV{CORVANE_ROOT}=.")
+set(flags "-fno-pie -ffunction-sections -fdata-sections -ffile-prefix-map='$ENV{CORVANE_ROOT}'=.")
 string(APPEND flags " -fstack-protector-strong -D_FORTIFY_SOURCE=2")
 set(CMAKE_C_FLAGS_INIT "${flags}")
 set(CMAKE_CXX_FLAGS_INIT "${flags}")
