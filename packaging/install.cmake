@@ -12,6 +12,8 @@ install(FILES completions/corvane-wifi.bash RENAME corvane-wifi
 install(FILES completions/_corvane-wifi DESTINATION ${CORVANE_ZSH_COMPLETIONS} COMPONENT program)
 install(FILES completions/corvane-wifi.fish
         DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT program)
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} USE_SOURCE_PERMISSIONS
+        COMPONENT program)
 install(DIRECTORY schema DESTINATION ${CMAKE_INSTALL_DATADIR}/corvane-wifi COMPONENT program)
 install(FILES LICENSE README.md CHANGELOG.md docs/setup.md
         DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program)
