@@ -19,6 +19,7 @@
 #include <limits>
 #include <optional>
 #include <set>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -736,6 +737,15 @@ TEST_F(Connecting, TakesPasswordsOf8To63Bytes)
     }
 }
 
+TEST_F(Connecting, IgnoresThePasswordOfAnOpenNetwork)
+{
+    const std::vector<QString> passwords{u"short"_s, QString(64, u'x'), u"line\nend"_s};
+    for (const QString& password : passwords)
+        client.connect_new(u"Home"_s, Security::Open, password, 0);
+    EXPECT_EQ(std::ranges::count(supplicant.requests(), "SAVE_CONFIG"), std::ssize(passwords));
+    EXPECT_THAT(supplicant.requests(), Each(testing::Not(testing::HasSubstr("psk"))));
+}
+
 TEST_F(Connecting, SendsAnyNameAsHexadecimal)
 {
     for (const QString& name : {u" "_s, u"a \"b\\"_s, u"Café ☕"_s, QString(40, u'z')}) {
@@ -922,6 +932,28 @@ INSTANTIATE_TEST_SUITE_P(
                     Budget{"LongerThanZero", "60000", 0, 2},
                     Budget{"LongerThanNegative", "60000", -1, 2}),
     by_name);
+
+TEST_F(Connecting, ReadsTheTimeoutAfterTheSelection)
+{
+    const ManualSupplicant peer;
+    std::thread replies([&] {
+        for (Request request = peer.receive(); !request.sender.empty(); request = peer.receive()) {
+            if (request.bytes.starts_with("SELECT_NETWORK"))
+                qputenv(connect_timeout_variable, "0");
+            peer.send(request.sender, request.bytes == "ADD_NETWORK" ? "5\n" : "OK\n");
+        }
+    });
+    const Client other = client_at(peer.path());
+    const std::function<void()> connects[] = {
+        [&] { other.connect_saved(0, u"Home2"_s, 500); },
+        [&] { other.connect_new(u"Home2"_s, Security::Open, u""_s, 500); }};
+    for (const auto& connect : connects) {
+        const Variable timeout(connect_timeout_variable, {});
+        EXPECT_EQ(error_of(connect), "no error");
+    }
+    peer.stop();
+    replies.join();
+}
 
 class Forgetting : public WithSupplicant { };
 

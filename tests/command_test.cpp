@@ -253,10 +253,22 @@ std::vector<Case> pick_cases()
     saved_placeholders.merge(replies("SCAN_RESULTS", scan_results("")));
     saved_placeholders.merge(
         replies("LIST_NETWORKS", profile_list("4\t" + placeholders + "\tany\t\n")));
+    std::string rows;
+    std::string long_table;
+    for (int i = 1; i <= 12; ++i) {
+        const std::string name = "Net" + std::to_string(i);
+        rows += "02:00:00:00:00:01\t2412\t-50\t[ESS]\t" + name + "\n";
+        long_table += std::to_string(i) + ".   " + name + "  [open, -50 dBm]\n";
+    }
+    Script twelve_networks = replies("SCAN_RESULTS", scan_results(rows));
+    twelve_networks.merge(no_networks());
     return {
         row("PickTakesNoArguments", {"pick", "1"}, failure("pick takes no arguments.")),
         row("PickOneIsTheFirstLine", pick, already, scan_listing, "1\n"),
         row("PickPrintsTheTableInJsonModeToo", {"--json", "pick"}, already, scan_listing, "1\n"),
+        row("PickPrintsALongTableToo", pick,
+            failure("Invalid network number.", long_table, number_prompt), scan_listing, "13\n",
+            twelve_networks),
         row("PickScansInCachedModeToo", {"pick", "--cached"}, already, scan_listing, "1"),
         row("PickZeroIsNoNumber", pick, bad_number, scan_listing, "0\n"),
         row("PickANegativeIsNoNumber", pick, bad_number, scan_listing, "-1\n"),

@@ -10,6 +10,8 @@
 
 #include <gmock/gmock.h>
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <csignal>
 
@@ -174,4 +176,17 @@ TEST(WarningOfQt, IsNotPrintedAtStart)
     FakeSupplicant supplicant;
     EXPECT_EQ(run({"status"}, environment_for(supplicant.path(), fault("setlocale", 1))),
               success("State: COMPLETED\nNetwork: Twins\nAddress: 10.66.2.48\n"));
+}
+
+TEST(FatalMessageOfQt, IsPrintedAtStart)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can start a program under another real user id";
+    const Outcome outcome = run({"status"}, environment_for("/nowhere"), "", [] {
+        if (setreuid(65534, 0) != 0) // as if it were a setuid program, which Qt refuses
+            _exit(126);
+    });
+    EXPECT_EQ(outcome.status, -SIGABRT);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_THAT(outcome.err, testing::MatchesRegex("corvane-wifi: .*setuid.*\n"));
 }
