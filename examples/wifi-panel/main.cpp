@@ -2,7 +2,6 @@
 // Needs Qt Widgets, and access to wpa_supplicant's control socket as corvane-wifi does.
 
 #include "panel.hpp"
-
 #include <QApplication>
 
 int main(int argc, char** argv)

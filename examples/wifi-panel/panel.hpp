@@ -10,7 +10,6 @@
 #include <QMessageBox>
 #include <QPainter>
 #include <QPushButton>
-#include <QThreadPool>
 #include <QVBoxLayout>
 #include <QtConcurrentRun>
 
