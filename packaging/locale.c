@@ -1,14 +1,21 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// For the single files. At its start Qt asks for LC_ALL, which is a dozen files and a fifth of what
-// a run costs. Only the encoding is used; without the rest errors have the same text everywhere.
+// For the single files. At start Qt calls setlocale(), which reads the files of the user's locale,
+// only to check that its encoding is UTF-8. Qt uses UTF-8 in any case, and a single file has no
+// translations, so nothing needs to be read.
 
+#include <langinfo.h>
 #include <locale.h>
-
-char* __real_setlocale(int category, const char* locale);
 
 char* __wrap_setlocale(int category, const char* locale)
 {
-    return __real_setlocale(category == LC_ALL ? LC_CTYPE : category, locale);
+    (void)category;
+    (void)locale;
+    return "C.UTF-8";
+}
+
+char* __wrap_nl_langinfo(nl_item item)
+{
+    return item == CODESET ? "UTF-8" : "";
 }
