@@ -32,8 +32,6 @@ using testing::IsEmpty;
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 constexpr const char* socket_variable = "CORVANE_WPA_SOCKET";
 constexpr const char* scan_delay_variable = "CORVANE_WIFI_SCAN_DELAY_MS";
 constexpr const char* connect_timeout_variable = "CORVANE_WIFI_CONNECT_TIMEOUT_MS";
@@ -41,7 +39,7 @@ constexpr const char* connect_timeout_variable = "CORVANE_WIFI_CONNECT_TIMEOUT_M
 const std::string timed_out = "Timed out waiting for wpa_supplicant.";
 const std::string nobody_there = "Could not connect to wpa_supplicant: No such file or directory";
 
-/// Sets an environment variable, or unsets it, to the end of the scope.
+/// Sets or unsets an environment variable until the end of the scope.
 class Variable {
 public:
     Variable(const char* name, const std::optional<std::string>& value)
@@ -86,9 +84,9 @@ unsigned int number_of(const std::string& sender)
     return static_cast<unsigned int>(std::stoul(sender.substr(sender.rfind('-') + 1)));
 }
 
-Lines socket_files()
+std::vector<std::string> socket_files()
 {
-    Lines result;
+    std::vector<std::string> result;
     const std::string own = "corvane-wpa-" + std::to_string(getpid()) + '-';
     for (const auto& entry : std::filesystem::directory_iterator("/tmp"))
         if (entry.path().filename().string().starts_with(own))
@@ -109,8 +107,8 @@ template <typename Function> std::chrono::milliseconds duration_of(const Functio
                                                                  - start);
 }
 
-/// How often the status was asked for depends on how busy the machine is.
-Lines without_repetitions(Lines requests)
+/// How often the status is requested depends on how busy the machine is.
+Requests without_repetitions(Requests requests)
 {
     requests.erase(std::unique(requests.begin(), requests.end()), requests.end());
     return requests;
@@ -165,13 +163,13 @@ TEST_F(Transport, RefusesARequestThatIsNotOneLine)
     EXPECT_THAT(supplicant.requests(), IsEmpty());
 }
 
-TEST_F(Transport, LooksAtTheRequestBeforeThePath)
+TEST_F(Transport, ChecksTheRequestBeforeThePath)
 {
     EXPECT_EQ(error_of([] { client_at(std::string(200, 'x')).command("", 3000); }),
               "Invalid wpa_supplicant control command.");
 }
 
-TEST_F(Transport, TakesAPathOf107BytesAndRefusesOneOf108)
+TEST_F(Transport, AcceptsAPathOf107BytesAndRefusesOneOf108)
 {
     const std::string start = supplicant.folder() + "/";
     const std::string longest = start + std::string(107 - start.size(), 'x');
@@ -188,20 +186,18 @@ TEST_F(Transport, TakesAPathOf107BytesAndRefusesOneOf108)
 
 TEST_F(Transport, CutsLineEndsAtTheEndOfTheReplyOnly)
 {
-    const std::vector<std::pair<std::string, QByteArray>> rows{
-        {"OK\n", "OK"},
-        {"OK", "OK"},
-        {"OK\r\n", "OK"},
-        {"OK\n\n\n", "OK"},
-        {"OK\n\r\r\n", "OK"},
-        {"\n\n", ""},
-        {"\r", ""},
-        {"", ""},
-        {"\r\n\n OK \t\n", "\r\n\n OK \t"},
-        {"a\r\nb\n", "a\r\nb"},
-        {"a\0b\0\n"s, "a\0b\0"_ba},
-        {"\xff\xfe\xc3\n", "\xff\xfe\xc3"},
-    };
+    const std::vector<std::pair<std::string, QByteArray>> rows{{"OK\n", "OK"},
+                                                               {"OK", "OK"},
+                                                               {"OK\r\n", "OK"},
+                                                               {"OK\n\n\n", "OK"},
+                                                               {"OK\n\r\r\n", "OK"},
+                                                               {"\n\n", ""},
+                                                               {"\r", ""},
+                                                               {"", ""},
+                                                               {"\r\n\n OK \t\n", "\r\n\n OK \t"},
+                                                               {"a\r\nb\n", "a\r\nb"},
+                                                               {"a\0b\0\n"s, "a\0b\0"_ba},
+                                                               {"\xff\xfe\xc3\n", "\xff\xfe\xc3"}};
     for (const auto& [sent, received] : rows) {
         supplicant.on("PING", {reply(sent)});
         EXPECT_EQ(client.command("PING", 3000), received) << testing::PrintToString(sent);
@@ -218,7 +214,7 @@ TEST_F(Transport, CutsAReplyAfter65536Bytes)
     EXPECT_EQ(client.command("PING", 3000), QByteArray(65535, 'x'));
 }
 
-TEST_F(Transport, ReadsOneDatagram)
+TEST_F(Transport, ReadsOneDatagramOnly)
 {
     supplicant.on("PING", {{{"first\n", "second\n"}}});
     EXPECT_EQ(client.command("PING", 3000), "first");
@@ -358,26 +354,26 @@ TEST_F(Transport, KeepsThreadsApart)
 
 class SocketPath : public WithSupplicant { };
 
-TEST_F(SocketPath, ComesFromTheEnvironmentWhereNoneIsGiven)
+TEST_F(SocketPath, ComesFromTheEnvironmentIfNoneIsGiven)
 {
     const Variable socket(socket_variable, supplicant.path());
     EXPECT_EQ(Client(QString()).command("PING", 3000), "UNKNOWN COMMAND");
     EXPECT_EQ(Client(u""_s).command("PING", 3000), "UNKNOWN COMMAND");
 }
 
-TEST_F(SocketPath, IsTheGivenOneWhereverTheEnvironmentPoints)
+TEST_F(SocketPath, IsTheGivenOneWhateverTheEnvironmentSays)
 {
     const Variable socket(socket_variable, supplicant.folder() + "/none");
     EXPECT_EQ(client_at(supplicant.path()).command("PING", 3000), "UNKNOWN COMMAND");
 }
 
-TEST_F(SocketPath, IsSettledOnce)
+TEST_F(SocketPath, IsReadFromTheEnvironmentOnce)
 {
     std::optional<Variable> socket;
     socket.emplace(socket_variable, supplicant.path());
-    const Client settled{QString()};
+    const Client early{QString()};
     socket.reset();
-    EXPECT_EQ(settled.command("PING", 3000), "UNKNOWN COMMAND");
+    EXPECT_EQ(early.command("PING", 3000), "UNKNOWN COMMAND");
 }
 
 TEST_F(SocketPath, StaysEmptyWhenTheVariableIs)
@@ -391,7 +387,7 @@ struct Step {
     std::string name;
     std::string request;
     std::string reply;
-    std::string refusal = {}; ///< The error after a reply of FAIL; empty where that is none.
+    std::string refusal = {}; ///< The error after a reply of FAIL; empty if that is no error.
 };
 
 static Step confirmed(const std::string& name, const std::string& request,
@@ -409,7 +405,7 @@ struct Operation {
 
 static std::vector<Operation> operations()
 {
-    const Step scan_results{"ReadScan", "SCAN_RESULTS", scan_table};
+    const Step results{"ReadScan", "SCAN_RESULTS", scan_table};
     const Step list{"ReadProfiles", "LIST_NETWORKS", saved_table};
     const Step status{"ReadStatus", "STATUS", home2_status};
     const Step add{"Add", "ADD_NETWORK", "5\n", "wpa_supplicant did not create a network profile."};
@@ -432,10 +428,10 @@ static std::vector<Operation> operations()
         {"Status", [](const Client& client) { client.status(); }, {status}},
         {"Listing",
          [](const Client& client) { client.networks(true); },
-         {scan, scan_results, list, status}},
+         {scan, results, list, status}},
         {"CachedListing",
          [](const Client& client) { client.networks(false); },
-         {scan_results, list, status}},
+         {results, list, status}},
         {"ConnectingSaved",
          [](const Client& client) { client.connect_saved(0, u"Home2"_s, 60000); },
          {select_saved, status}},
@@ -447,7 +443,7 @@ static std::vector<Operation> operations()
          "REMOVE_NETWORK 5"},
         {"ConnectingOpen",
          [](const Client& client) {
-             client.connect_new(u"Home2"_s, Security::Open, u"never\nlooked at"_s, 60000);
+             client.connect_new(u"Home2"_s, Security::Open, u"never\nused"_s, 60000);
          },
          {add, name, open, enable, select, status, save},
          "REMOVE_NETWORK 5"},
@@ -462,7 +458,7 @@ class AnyOperation : public WithSupplicant, public testing::WithParamInterface<O
 
 TEST_P(AnyOperation, SendsItsRequestsInOrder)
 {
-    Lines expected;
+    Requests expected;
     for (const Step& step : GetParam().steps) {
         supplicant.on(step.request, {reply(step.reply)});
         expected.push_back(step.request);
@@ -479,7 +475,7 @@ struct OneStep {
     size_t index;
 };
 
-/// A supplicant that knows all steps of an operation, for a test to break the one at `index`.
+/// A supplicant that accepts all steps of an operation. Tests break the one at `index`.
 class AnyStep : public WithSupplicant, public testing::WithParamInterface<OneStep> {
 protected:
     AnyStep()
@@ -492,16 +488,16 @@ protected:
     {
         return error_of([this] { GetParam().operation.run(client); });
     }
-    Lines first_requests(size_t count) const
+    Requests first_requests(size_t count) const
     {
-        Lines result;
+        Requests result;
         for (size_t i = 0; i < count; ++i)
             result.push_back(steps[i].request);
         return result;
     }
-    Lines requests_until_failure() const
+    Requests requests_until_failure() const
     {
-        Lines result = first_requests(index + 1);
+        Requests result = first_requests(index + 1);
         if (index > 0 && !GetParam().operation.undo.empty())
             result.push_back(GetParam().operation.undo);
         return result;
@@ -524,7 +520,7 @@ static std::vector<OneStep> all_steps(bool only_confirmed)
     return result;
 }
 
-TEST_P(AnyStep, EndsTheOperationWhenThereIsNoReplyForThreeSeconds)
+TEST_P(AnyStep, EndsTheOperationAfterThreeSecondsWithoutAReply)
 {
     supplicant.on(step.request, {silence()});
     EXPECT_GE(duration_of([&] { EXPECT_EQ(run(), timed_out); }), 3000ms);
@@ -553,13 +549,13 @@ INSTANTIATE_TEST_SUITE_P(, ConfirmedStep, testing::ValuesIn(all_steps(true)), by
 
 class StatusQuery : public WithSupplicant { };
 
-TEST_F(StatusQuery, TellsTheConnection)
+TEST_F(StatusQuery, ReturnsTheConnection)
 {
     supplicant.on("STATUS", {reply(home2_status)});
     EXPECT_EQ(describe(client.status()), "COMPLETED|Home2|10.66.2.48|0");
 }
 
-TEST_F(StatusQuery, TakesAnErrorReplyForNoConnection)
+TEST_F(StatusQuery, TreatsAnErrorReplyAsNoConnection)
 {
     supplicant.on("STATUS", {reply("FAIL\n"), reply("")});
     EXPECT_EQ(describe(client.status()), "|||-1");
@@ -588,12 +584,11 @@ TEST_F(Refusal, IsEveryReplyButOk)
         {"OKAY\n", "OKAY"},
         {"OK\nOK\n", "OK\nOK"},
         {"%1 %2 %3\n", "%1 %2 %3"},
-        {"Café \xff\n", "Café \xef\xbf\xbd"},
         {"\r\n\n\r", ""},
+        {"Café \xff\n", "Café \xef\xbf\xbd"},
         {std::string(65537, 'x'), std::string(65536, 'x')},
-        {"\t\t\t\n\t\t\n=\nid=x\n==", "\t\t\t\n\t\t\n=\nid=x\n=="},
-        {"F\0AIL\n"s, "F"}, // what() ends there
-    };
+        {"\t\t\n\t\n=\nid=x\n==", "\t\t\n\t\n=\nid=x\n=="},
+        {"F\0AIL\n"s, "F"}}; // what() ends there
     for (const auto& [refusal, shown] : rows) {
         supplicant.on("DISCONNECT", {reply(refusal)});
         EXPECT_EQ(error_of([&] { client.disconnect(); }), "Could not disconnect Wi-Fi: " + shown);
@@ -614,15 +609,12 @@ TEST_F(Listing, MergesTheThreeReplies)
     EXPECT_EQ(describe(client.networks(true)), networks);
 }
 
-TEST_F(Listing, TakesAScanUnderWayForItsOwn)
+TEST_F(Listing, AcceptsAScanThatIsAlreadyUnderWay)
 {
     supplicant.on("SCAN", {reply("FAIL-BUSY\n"), reply("FAIL-BUSY for a while\n")});
     for (int i = 0; i < 2; ++i)
         EXPECT_THAT(client.networks(true), IsEmpty());
-    const Lines once{"SCAN", "SCAN_RESULTS", "LIST_NETWORKS", "STATUS"};
-    Lines twice = once;
-    twice.insert(twice.end(), once.begin(), once.end());
-    EXPECT_EQ(supplicant.requests(), twice);
+    EXPECT_EQ(supplicant.requests(), scan_listing + scan_listing);
 }
 
 TEST_F(Listing, StopsWhenTheScanIsRefused)
@@ -636,7 +628,7 @@ TEST_F(Listing, StopsWhenTheScanIsRefused)
     EXPECT_THAT(supplicant.requests(), Each("SCAN"));
 }
 
-TEST_F(Listing, TakesErrorRepliesForEmptyTables)
+TEST_F(Listing, TreatsErrorRepliesAsEmptyTables)
 {
     for (const char* request : {"SCAN_RESULTS", "LIST_NETWORKS", "STATUS"})
         supplicant.on(request, {reply("FAIL\n")});
@@ -695,7 +687,7 @@ TEST_F(Connecting, NeedsASavedProfile)
     EXPECT_THAT(supplicant.requests(), IsEmpty());
 }
 
-TEST_F(Connecting, ChecksWhatItIsGivenInOrderBeforeItSendsAnything)
+TEST_F(Connecting, ChecksItsArgumentsInOrderBeforeItSendsAnything)
 {
     struct Row {
         QString ssid;
@@ -704,15 +696,15 @@ TEST_F(Connecting, ChecksWhatItIsGivenInOrderBeforeItSendsAnything)
         std::string error;
     };
     const std::string no_name = "The network name cannot be empty.";
-    const std::string no_way =
+    const std::string unsupported =
         "Corvane does not configure enterprise, WEP, or SAE-only networks yet.";
     const std::string no_password = "A WPA password must contain 8 to 63 UTF-8 bytes.";
     const std::vector<Row> rows{
         {u""_s, Security::Open, u""_s, no_name},
         {u""_s, Security::Personal, u"password"_s, no_name},
         {u""_s, Security::Unsupported, u"short"_s, no_name},
-        {u"Home2"_s, Security::Unsupported, u"password"_s, no_way},
-        {u"Home2"_s, Security::Unsupported, u"short"_s, no_way},
+        {u"Home2"_s, Security::Unsupported, u"password"_s, unsupported},
+        {u"Home2"_s, Security::Unsupported, u"short"_s, unsupported},
         {u"Home2"_s, Security::Personal, u""_s, no_password},
         {u"Home2"_s, Security::Personal, u"1234567"_s, no_password},
         {u"Home2"_s, Security::Personal, u"123456\n"_s, no_password},
@@ -727,7 +719,7 @@ TEST_F(Connecting, ChecksWhatItIsGivenInOrderBeforeItSendsAnything)
     EXPECT_THAT(supplicant.requests(), IsEmpty());
 }
 
-TEST_F(Connecting, TakesPasswordsOf8To63Bytes)
+TEST_F(Connecting, AcceptsPasswordsOf8To63Bytes)
 {
     for (const QString& password : {u"12345678"_s, u"éééé"_s, u"☕☕12"_s, QString(63, u'x'),
                                     QString(21, u'☕'), QString(31, u'é') + u'x'}) {
@@ -763,12 +755,9 @@ TEST_F(Connecting, RemovesTheProfileWhenThePasswordHoldsALineEnd)
                                          60000);
                   }),
                   "Wi-Fi passwords cannot contain NUL or newline characters.");
-    Lines expected;
-    for (int i = 0; i < 3; ++i)
-        expected.insert(expected.end(),
-                        {"ADD_NETWORK", "SET_NETWORK 5 ssid 486f6d65",
-                         "SET_NETWORK 5 key_mgmt WPA-PSK", "REMOVE_NETWORK 5"});
-    EXPECT_EQ(supplicant.requests(), expected);
+    const Requests each{"ADD_NETWORK", "SET_NETWORK 5 ssid 486f6d65",
+                        "SET_NETWORK 5 key_mgmt WPA-PSK", "REMOVE_NETWORK 5"};
+    EXPECT_EQ(supplicant.requests(), each + each + each);
 }
 
 TEST_F(Connecting, StopsWithoutAProfileId)
@@ -781,10 +770,10 @@ TEST_F(Connecting, StopsWithoutAProfileId)
                   "wpa_supplicant did not create a network profile.")
             << bad;
     }
-    EXPECT_EQ(supplicant.requests(), Lines(replies.size(), "ADD_NETWORK"));
+    EXPECT_EQ(supplicant.requests(), Requests(replies.size(), "ADD_NETWORK"));
 }
 
-TEST_F(Connecting, TakesProfile0)
+TEST_F(Connecting, AcceptsProfile0)
 {
     supplicant.on("ADD_NETWORK", {reply("0\n")});
     client.connect_new(u"Home"_s, Security::Open, u""_s, 0);
@@ -818,7 +807,7 @@ TEST_F(Connecting, NamesTheNetworkAsItIsGiven)
               "Timed out connecting to %1 %2 Café.");
 }
 
-TEST_F(Connecting, FindsANameOnlyAsItIsPrinted)
+TEST_F(Connecting, RecognizesANameOnlyAsItIsPrinted)
 {
     supplicant.on("STATUS", {reply("ssid=Caf\\xc3\\xa9\nwpa_state=COMPLETED\n")});
     client.connect_saved(1, u"Caf\\xc3\\xa9"_s, 60000);
@@ -826,7 +815,7 @@ TEST_F(Connecting, FindsANameOnlyAsItIsPrinted)
               "Timed out connecting to Café.");
 }
 
-TEST_F(Connecting, AsksEvery400Milliseconds)
+TEST_F(Connecting, RequestsTheStatusEvery400Milliseconds)
 {
     supplicant.on("STATUS", {reply(idle_status), reply(idle_status), reply(home2_status)});
     const auto duration = duration_of([&] { client.connect_saved(0, u"Home2"_s, 60000); });
@@ -835,7 +824,7 @@ TEST_F(Connecting, AsksEvery400Milliseconds)
     EXPECT_LT(duration, 8s);
 }
 
-TEST_F(Connecting, AsksForTheFirstTimeAtOnce)
+TEST_F(Connecting, RequestsTheFirstStatusAtOnce)
 {
     supplicant.on("STATUS", {reply(home2_status)});
     const auto duration = duration_of([&] {
@@ -869,7 +858,7 @@ TEST_F(Connecting, WaitsForTheStateAndTheNameExactly)
     EXPECT_EQ(supplicant.requests().size(), 1 + answers.size());
 }
 
-TEST_F(Connecting, ReportsTheFirstErrorHoweverTheRemovalFails)
+TEST_F(Connecting, ReportsTheFirstErrorEvenIfTheRemovalFails)
 {
     const std::string error = "Could not enable Wi-Fi network: FAIL";
     const auto fail = [this] { client.connect_new(u"Home"_s, Security::Open, u""_s, 60000); };
@@ -877,7 +866,7 @@ TEST_F(Connecting, ReportsTheFirstErrorHoweverTheRemovalFails)
     supplicant.on("REMOVE_NETWORK", {reply("no way\n"), silence()});
     EXPECT_EQ(error_of(fail), error);
     EXPECT_EQ(error_of(fail), error);
-    const Lines requests = supplicant.requests();
+    const Requests requests = supplicant.requests();
     EXPECT_EQ(std::ranges::count(requests, "REMOVE_NETWORK 5"), 2);
     EXPECT_EQ(requests.back(), "REMOVE_NETWORK 5");
 
@@ -885,7 +874,7 @@ TEST_F(Connecting, ReportsTheFirstErrorHoweverTheRemovalFails)
     EXPECT_EQ(error_of(fail), error);
 }
 
-TEST_F(Connecting, ReportsTheTimeOutWhenTheSupplicantDiesOverARequest)
+TEST_F(Connecting, ReportsTheTimeOutWhenTheSupplicantExitsDuringARequest)
 {
     supplicant.on("ENABLE_NETWORK", {death()});
     EXPECT_EQ(error_of([this] { client.connect_new(u"Home"_s, Security::Open, u""_s, 60000); }),
@@ -962,15 +951,14 @@ TEST_F(Forgetting, NeedsAProfileOfExactlyThatName)
     supplicant.on("SCAN_RESULTS", {reply(scan_table)});
     supplicant.on("LIST_NETWORKS", {reply(saved_table + "-1\tNegative\tany\t\n")});
     supplicant.on("STATUS", {reply(home2_status)});
-    const Lines names{"Cafe", "home2", "Home", "Home2 ", "Negative", "Café du Nord ☕", "%1 %2", ""};
+    const std::vector<std::string> names{"Cafe",     "home2",          "Home",  "Home2 ",
+                                         "Negative", "Café du Nord ☕", "%1 %2", ""};
     for (const std::string& name : names) {
         const QString ssid = QString::fromStdString(name);
         EXPECT_EQ(error_of([&] { client.forget(ssid); }), name + " is not a saved network.");
     }
-    Lines expected;
-    for (size_t i = 0; i < names.size(); ++i)
-        expected.insert(expected.end(), {"LIST_NETWORKS", "STATUS"});
-    EXPECT_EQ(supplicant.requests(), expected);
+    EXPECT_EQ(supplicant.requests().size(), 2 * names.size());
+    EXPECT_THAT(supplicant.requests(), Each(testing::AnyOf("LIST_NETWORKS", "STATUS")));
 }
 
 TEST_F(Forgetting, FindsNothingInAnErrorReply)
@@ -979,7 +967,7 @@ TEST_F(Forgetting, FindsNothingInAnErrorReply)
     EXPECT_EQ(error_of([&] { client.forget(u"Home2"_s); }), "Home2 is not a saved network.");
 }
 
-TEST_F(Forgetting, RemovesTheProfileListedLast)
+TEST_F(Forgetting, RemovesTheProfileThatIsListedLast)
 {
     supplicant.on("LIST_NETWORKS",
                   {reply("network id / ssid / bssid / flags\n"
@@ -993,7 +981,7 @@ TEST_F(Forgetting, RemovesTheProfileListedLast)
                             "LIST_NETWORKS", "STATUS", "REMOVE_NETWORK 0", "SAVE_CONFIG"));
 }
 
-TEST_F(Forgetting, DoesNotNeedAStatus)
+TEST_F(Forgetting, NeedsNoStatus)
 {
     supplicant.on("LIST_NETWORKS", {reply(saved_table)});
     supplicant.on("STATUS", {reply("FAIL\n")});

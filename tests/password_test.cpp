@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// A password shows up nowhere but on its way to the supplicant, whatever fails on that way.
+// A password goes to the supplicant and nowhere else, whatever fails on the way.
 
 #include "support/fake_supplicant.hpp"
 #include "support/program.hpp"
@@ -13,7 +13,7 @@
 
 #include <cstdlib>
 #include <future>
-#include <memory>
+#include <list>
 
 using testing::AllOf;
 using testing::HasSubstr;
@@ -21,21 +21,23 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-/// A way to hand the program a password; gives what it printed.
-struct Way {
+/// A way to enter a password.
+struct Entry {
     std::string name;
-    Requests before; ///< Of the first step.
+    Requests before; ///< Sent before the password is read.
     Outcome (*join)(const std::string& socket, const std::string& password);
 };
 
 namespace {
 
-/// In every password here, and in nothing else. Too short for a password.
+/// Part of every password here and of nothing else. Too short to be a password itself.
 const std::string secret = "Zq#7~v&";
+const std::string password = secret + "-home2";
+const std::vector<std::string> connect_home2 = {"connect", "--password-stdin", "Home2"};
 
-/// From here on a byte that goes into a file ends the program. What counts coverage, and the thread
-/// sanitizer, have files of their own.
-void write_no_file()
+/// Kills the program as soon as it writes to a file. Coverage counters and the thread sanitizer
+/// write files of their own.
+void forbid_writing_files()
 {
 #ifndef __SANITIZE_THREAD__
     const rlimit nothing{0, 0};
@@ -44,44 +46,35 @@ void write_no_file()
 #endif
 }
 
-Outcome connect_by_pipe(const std::string& socket, const std::string& password)
+Outcome connect_by_pipe(const std::string& socket, const std::string& line)
 {
-    return run({"connect", "--password-stdin", "Home2"}, environment_for(socket), password + "\n",
-               write_no_file);
+    return run(connect_home2, environment_for(socket), line + "\n", forbid_writing_files);
 }
 
-Outcome pick_by_pipe(const std::string& socket, const std::string& password)
+Outcome pick_by_pipe(const std::string& socket, const std::string& line)
 {
-    return run({"pick"}, environment_for(socket), "5\n" + password + "\n", write_no_file);
+    return run({"pick"}, environment_for(socket), "5\n" + line + "\n", forbid_writing_files);
 }
 
-Outcome pick_at_terminal(const std::string& socket, const std::string& password)
+Outcome pick_at_terminal(const std::string& socket, const std::string& line)
 {
-    Terminal terminal({"pick"}, environment_for(socket), write_no_file);
-    return terminal.finish({{"Network number: ", "5\n"}, {"Wi-Fi password: ", password + "\n"}});
+    Terminal terminal({"pick"}, environment_for(socket), forbid_writing_files);
+    return terminal.finish({{"Network number: ", "5\n"}, {"Wi-Fi password: ", line + "\n"}});
 }
 
-/// Without the terminal's own echo of the one line.
-Outcome connect_at_terminal(const std::string& socket, const std::string& password)
+/// The line that the terminal itself echoes is left out.
+Outcome connect_at_terminal(const std::string& socket, const std::string& line)
 {
-    Terminal terminal({"connect", "--password-stdin", "Home2"}, environment_for(socket),
-                      write_no_file);
+    Terminal terminal(connect_home2, environment_for(socket), forbid_writing_files);
     terminal.wait_until_reading();
-    terminal.type(password + "\n");
+    terminal.type(line + "\n");
     Outcome outcome = terminal.finish();
     EXPECT_THAT(outcome.out, StartsWith(secret));
     outcome.out.erase(0, outcome.out.find('\n') + 1);
     return outcome;
 }
 
-const std::vector<Way> ways = {
-    {"ConnectingByPipe", listing, connect_by_pipe},
-    {"ConnectingAtATerminal", listing, connect_at_terminal},
-    {"PickingByPipe", scan_listing, pick_by_pipe},
-    {"PickingAtATerminal", scan_listing, pick_at_terminal},
-};
-
-/// What the supplicant is asked from the password on.
+/// The requests after the password has been read.
 const std::vector<std::string> steps = {
     "ADD_NETWORK",
     "SET_NETWORK 3 ssid",
@@ -93,7 +86,7 @@ const std::vector<std::string> steps = {
     "SAVE_CONFIG",
 };
 
-Script answer(const std::string& step, const Answer& answer)
+Script script_for(const std::string& step, const Answer& answer)
 {
     if (step == "STATUS")
         return {{step, {reply(connected_status("Twins", 1)), answer}}};
@@ -107,57 +100,57 @@ void expect_no_secret_in(const Outcome& outcome, int status)
     EXPECT_THAT(outcome.left, IsEmpty());
 }
 
-class Password : public testing::TestWithParam<Way> { };
+class Password : public testing::TestWithParam<Entry> { };
 
 } // namespace
 
-TEST_P(Password, IsNotPrintedWhereAllGoesWell)
+TEST_P(Password, IsNotPrintedOnSuccess)
 {
     FakeSupplicant supplicant;
-    expect_no_secret_in(GetParam().join(supplicant.path(), secret + "-home2"), 0);
-    EXPECT_TRUE(supplicant.wait_for_request("SET_NETWORK 3 psk \"" + secret + "-home2\""));
+    expect_no_secret_in(GetParam().join(supplicant.path(), password), 0);
+    EXPECT_TRUE(supplicant.wait_for_request("SET_NETWORK 3 psk \"" + password + '"'));
 }
 
-TEST_P(Password, IsNotPrintedWhereItIsNoPassword)
+TEST_P(Password, IsNotPrintedWhenItIsInvalid)
 {
     const std::string nul(1, '\0');
-    for (const std::string& password :
+    for (const std::string& line :
          {secret, secret + std::string(57, 'x'), secret + nul + secret, secret + "\u2615" + nul}) {
-        FakeSupplicant supplicant;
-        expect_no_secret_in(GetParam().join(supplicant.path(), password), 1);
+        const FakeSupplicant supplicant;
+        expect_no_secret_in(GetParam().join(supplicant.path(), line), 1);
     }
 }
 
-TEST_P(Password, IsNotPrintedWhereAStepIsRefusedOrTheSupplicantGoesAway)
+TEST_P(Password, IsNotPrintedWhenAStepIsRefusedOrTheSupplicantExits)
 {
     for (const std::string& step : steps) {
         SCOPED_TRACE(step);
         for (const Answer& refusal : {reply("FAIL\n"), last_reply("FAIL\n")}) {
-            FakeSupplicant supplicant(answer(step, refusal));
-            expect_no_secret_in(GetParam().join(supplicant.path(), secret + "-home2"), 1);
+            const FakeSupplicant supplicant(script_for(step, refusal));
+            expect_no_secret_in(GetParam().join(supplicant.path(), password), 1);
         }
     }
 }
 
-TEST_P(Password, IsNotHeldWhereOthersCanLookWhileTheSupplicantIsSilent)
+TEST_P(Password, IsNeitherInTheArgumentsNorInTheEnvironment)
 {
-    const Way& way = GetParam();
-    std::vector<std::unique_ptr<FakeSupplicant>> towns;
+    const Entry& entry = GetParam();
+    std::list<FakeSupplicant> silent_ones;
     std::vector<std::future<Outcome>> ends;
     for (const std::string& step : steps) {
-        towns.push_back(std::make_unique<FakeSupplicant>(answer(step, silence())));
-        ends.push_back(
-            std::async(std::launch::async, way.join, towns.back()->path(), secret + "-home2"));
+        const FakeSupplicant& added = silent_ones.emplace_back(script_for(step, silence()));
+        ends.push_back(std::async(std::launch::async, entry.join, added.path(), password));
     }
-    for (size_t i = 0; i < steps.size(); ++i) {
-        SCOPED_TRACE(steps[i]);
-        wait_until("the step is taken",
-                   [&] { return towns[i]->records().size() > way.before.size() + i; });
-        const Request request = towns[i]->records().back();
-        EXPECT_THAT(request.bytes, StartsWith(steps[i]));
+    size_t number = 0;
+    for (const FakeSupplicant& supplicant : silent_ones) {
+        const std::string& step = steps[number++];
+        SCOPED_TRACE(step);
+        wait_until("the step is requested",
+                   [&] { return supplicant.records().size() == entry.before.size() + number; });
+        const Request request = supplicant.records().back();
+        EXPECT_THAT(request.bytes, StartsWith(step));
         const pid_t pid = std::stoi(request.sender.substr(request.sender.find("wpa-") + 4));
-        const std::string seen = process_file(pid, "cmdline") + process_file(pid, "environ");
-        EXPECT_THAT(seen,
+        EXPECT_THAT(process_file(pid, "cmdline") + process_file(pid, "environ"),
                     AllOf(HasSubstr("corvane-wifi"), HasSubstr("CORVANE_WPA_SOCKET"),
                           Not(HasSubstr(secret))));
     }
@@ -165,13 +158,18 @@ TEST_P(Password, IsNotHeldWhereOthersCanLookWhileTheSupplicantIsSilent)
         expect_no_secret_in(end.get(), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(, Password, testing::ValuesIn(ways), by_name);
+INSTANTIATE_TEST_SUITE_P(, Password,
+                         testing::Values(Entry{"ConnectByPipe", listing, connect_by_pipe},
+                                         Entry{"ConnectAtATerminal", listing, connect_at_terminal},
+                                         Entry{"PickByPipe", scan_listing, pick_by_pipe},
+                                         Entry{"PickAtATerminal", scan_listing, pick_at_terminal}),
+                         by_name);
 
-// The reply is part of the message. wpa_supplicant's own replies quote no request.
-TEST(HostileReply, ThatSaysThePasswordIsPrintedAsItIs)
+// Replies are part of the messages. Those of wpa_supplicant itself quote no request.
+TEST(HostileReply, ThatQuotesThePasswordIsPrintedAsItIs)
 {
-    const std::string request = "SET_NETWORK 3 psk \"" + secret + "-home2\"";
-    FakeSupplicant supplicant({{"SET_NETWORK 3 psk", {reply("FAIL " + request + "\n")}}});
-    EXPECT_EQ(connect_by_pipe(supplicant.path(), secret + "-home2"),
+    const std::string request = "SET_NETWORK 3 psk \"" + password + '"';
+    const FakeSupplicant supplicant(replies("SET_NETWORK 3 psk", "FAIL " + request + "\n"));
+    EXPECT_EQ(connect_by_pipe(supplicant.path(), password),
               failure("Could not set WPA password: FAIL " + request));
 }

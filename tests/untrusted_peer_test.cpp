@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// Others on the same machine, and supplicants that do not play fair.
+// Other users and processes on the same machine, and supplicants that cannot be trusted.
 
 #include "cvn/wifi.hpp"
 #include "support/fake_supplicant.hpp"
@@ -23,24 +23,10 @@ using testing::SizeIs;
 
 namespace {
 
-constexpr uid_t stranger = 65534;
-constexpr uid_t ordinary = 65533;
+constexpr uid_t other_user = 65534;
+constexpr uid_t ordinary_user = 65533;
 
-const Outcome idle = success("State: DISCONNECTED\nNetwork: \nAddress: \n");
-const std::string taken = "Could not bind temporary Wi-Fi control socket: Address already in use";
-
-/// The socket file of this process's first request. Fit for a Preparation.
-const char* own_path()
-{
-    static char path[64];
-    std::snprintf(path, sizeof(path), "/tmp/corvane-wpa-%d-0", static_cast<int>(getpid()));
-    return path;
-}
-
-void put_socket()
-{
-    mknod(own_path(), S_IFSOCK | 0777, 0);
-}
+const Outcome twins = success("State: COMPLETED\nNetwork: Twins\nAddress: 10.66.2.48\n");
 
 void become(uid_t user)
 {
@@ -48,42 +34,46 @@ void become(uid_t user)
         _exit(126);
 }
 
-void put_socket_as_a_stranger()
+void put_socket()
 {
-    if (seteuid(stranger) != 0)
+    mknod(own_socket_path(0), S_IFSOCK | 0777, 0);
+}
+
+void put_socket_of_other_user()
+{
+    if (seteuid(other_user) != 0)
         _exit(126);
     put_socket();
     if (seteuid(0) != 0)
         _exit(126);
 }
 
-void run_as_ordinary_user_behind_a_stranger()
-{
-    put_socket_as_a_stranger();
-    become(ordinary);
-}
-
-/// What a link at the path of the temporary socket points to.
 char link_target[64];
 
 void put_link()
 {
-    if (symlink(link_target, own_path()) != 0)
+    if (symlink(link_target, own_socket_path(0)) != 0)
         _exit(126);
 }
 
-/// The program's answer to whoever holds its path. What stays there is removed, and told in
-/// `left`.
-Outcome status_behind(Preparation obstacle)
+/// Runs `status` with an obstacle at the path of its socket. If that is left, it is removed.
+Outcome status_with(Preparation obstacle)
 {
-    const FakeSupplicant supplicant({{"STATUS", {reply(idle_status)}}});
-    Outcome outcome = run({"status"}, environment_for(supplicant.path()), "", obstacle);
+    Outcome outcome = run({"status"}, environment_for(FakeSupplicant().path()), "", obstacle);
     for (const std::string& path : outcome.left)
         std::filesystem::remove_all(path);
     return outcome;
 }
 
-/// The error that `user` gets for a datagram to the socket file `to`; 0 where it arrives.
+void expect_obstacle_left(Outcome outcome)
+{
+    EXPECT_THAT(outcome.left, SizeIs(1));
+    outcome.left.clear();
+    EXPECT_EQ(outcome,
+              failure("Could not bind temporary Wi-Fi control socket: Address already in use"));
+}
+
+/// The error number when `user` sends a forged reply to the socket file `to`; 0 if it arrives.
 int error_of_forgery(const std::string& to, uid_t user)
 {
     const UnixAddress address(to);
@@ -91,18 +81,18 @@ int error_of_forgery(const std::string& to, uid_t user)
     if (pid == 0) {
         if (user != geteuid())
             become(user);
-        const int descriptor = socket(AF_UNIX, SOCK_DGRAM, 0);
         const std::string forged = "wpa_state=FORGED\n";
-        const bool sent =
-            sendto(descriptor, forged.data(), forged.size(), 0, address.get(), address.size) > 0;
-        _exit(sent ? 0 : errno);
+        const int descriptor = socket(AF_UNIX, SOCK_DGRAM, 0);
+        const ssize_t sent = sendto(descriptor, forged.data(), forged.size(), 0, address.get(),
+                                    address.size);
+        _exit(sent < 0 ? errno : 0);
     }
     int status = 0;
     waitpid(pid, &status, 0);
     return WEXITSTATUS(status);
 }
 
-/// Tries to answer in the supplicant's place, then lets the supplicant answer.
+/// Sends a forged reply that fails with `error`, then the real one.
 void expect_no_forged_reply(uid_t forger, int error)
 {
     const ManualSupplicant supplicant;
@@ -115,11 +105,23 @@ void expect_no_forged_reply(uid_t forger, int error)
     EXPECT_EQ(ended.get(), success("State: REAL\nNetwork: \nAddress: \n"));
 }
 
+class AsRoot : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (geteuid() != 0)
+            GTEST_SKIP() << "only root can become another user";
+    }
+};
+
+class SocketOfOtherUser : public AsRoot { };
+class ForgedReplyOfOtherUser : public AsRoot { };
+
 } // namespace
 
 TEST(TemporaryPath, IsFreedFromASocket)
 {
-    EXPECT_EQ(status_behind(put_socket), idle);
+    EXPECT_EQ(status_with(put_socket), twins);
 }
 
 TEST(TemporaryPath, IsFreedFromALinkWhoseTargetIsUntouched)
@@ -128,12 +130,12 @@ TEST(TemporaryPath, IsFreedFromALinkWhoseTargetIsUntouched)
     const std::string target = folder.path() + "/target";
     target.copy(link_target, sizeof(link_target) - 1);
 
-    EXPECT_EQ(status_behind(put_link), idle) << "dangling";
+    EXPECT_EQ(status_with(put_link), twins) << "dangling";
     EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 
     std::ofstream(target) << "precious";
     std::filesystem::permissions(target, std::filesystem::perms{0444});
-    EXPECT_EQ(status_behind(put_link), idle) << "to a file";
+    EXPECT_EQ(status_with(put_link), twins) << "to a file";
     std::string content;
     std::getline(std::ifstream(target), content);
     EXPECT_EQ(content, "precious");
@@ -141,37 +143,30 @@ TEST(TemporaryPath, IsFreedFromALinkWhoseTargetIsUntouched)
 
     std::filesystem::remove(target);
     std::filesystem::create_directory(target);
-    EXPECT_EQ(status_behind(put_link), idle) << "to a directory";
+    EXPECT_EQ(status_with(put_link), twins) << "to a directory";
     EXPECT_TRUE(std::filesystem::is_empty(target));
 }
 
 TEST(TemporaryPath, OfADirectoryIsReportedAndLeft)
 {
-    const Preparation put_empty = [] { mkdir(own_path(), 0700); };
-    const Preparation put_full = [] {
-        mkdir(own_path(), 0700);
-        if (chdir(own_path()) != 0 || mkdir("precious", 0700) != 0)
+    expect_obstacle_left(status_with([] { mkdir(own_socket_path(0), 0700); }));
+    expect_obstacle_left(status_with([] {
+        mkdir(own_socket_path(0), 0700);
+        if (chdir(own_socket_path(0)) != 0 || mkdir("precious", 0700) != 0)
             _exit(126);
-    };
-    for (const Preparation obstacle : {put_empty, put_full}) {
-        Outcome outcome = status_behind(obstacle);
-        EXPECT_THAT(outcome.left, SizeIs(1));
-        outcome.left.clear();
-        EXPECT_EQ(outcome, failure(taken));
-    }
+    }));
 }
 
-TEST(TemporaryPath, OfAStrangerIsFreedByRootAndReportedByOthers)
+TEST_F(SocketOfOtherUser, IsRemovedByRootAndReportedToOthers)
 {
-    if (geteuid() != 0)
-        GTEST_SKIP() << "takes root to become others";
-    EXPECT_EQ(status_behind(put_socket_as_a_stranger), idle);
-    Outcome outcome = status_behind(run_as_ordinary_user_behind_a_stranger);
+    EXPECT_EQ(status_with(put_socket_of_other_user), twins);
+    const Outcome outcome = status_with([] {
+        put_socket_of_other_user();
+        become(ordinary_user);
+    });
     if (outcome.status == 127)
-        GTEST_SKIP() << "others have no access to the program";
-    EXPECT_THAT(outcome.left, SizeIs(1));
-    outcome.left.clear();
-    EXPECT_EQ(outcome, failure(taken));
+        GTEST_SKIP() << "other users have no access to the program";
+    expect_obstacle_left(outcome);
 }
 
 TEST(ForgedReply, OfAnotherProcessOfTheSameUserIsNotDelivered)
@@ -179,29 +174,25 @@ TEST(ForgedReply, OfAnotherProcessOfTheSameUserIsNotDelivered)
     expect_no_forged_reply(geteuid(), EPERM);
 }
 
-TEST(ForgedReply, OfAnotherUserIsNotDeliveredWhateverTheMask)
+TEST_F(ForgedReplyOfOtherUser, IsNotDeliveredWhateverTheMask)
 {
-    if (geteuid() != 0)
-        GTEST_SKIP() << "takes root to become another";
-    expect_no_forged_reply(stranger, EACCES);
+    expect_no_forged_reply(other_user, EACCES);
 }
 
-TEST(ForgedReply, OfAnotherUserIsNotDeliveredBeforeTheSocketFileIsProtected)
+TEST_F(ForgedReplyOfOtherUser, IsNotDeliveredBeforeTheSocketFileIsProtected)
 {
-    if (geteuid() != 0)
-        GTEST_SKIP() << "takes root to become another";
     const ManualSupplicant supplicant;
     Terminal terminal({"status"}, environment_for(supplicant.path(), fault("chmod", -SIGSTOP)),
                       [] { umask(0); });
     terminal.wait_until_stopped();
     const std::string socket = "/tmp/corvane-wpa-" + std::to_string(terminal.pid()) + "-0";
-    EXPECT_EQ(error_of_forgery(socket, stranger), EACCES);
+    EXPECT_EQ(error_of_forgery(socket, other_user), EACCES);
     kill(terminal.pid(), SIGCONT);
     EXPECT_EQ(supplicant.send(supplicant.receive().sender, "wpa_state=REAL\n"), 0);
     EXPECT_EQ(terminal.finish(), success(on_screen("State: REAL\nNetwork: \nAddress: \n")));
 }
 
-TEST(BelatedReply, FindsNobodyAndDisturbsNoLaterExchange)
+TEST(LateReply, FindsNobodyAndDisturbsNoLaterExchange)
 {
     const ManualSupplicant supplicant;
     const Client client(QString::fromStdString(supplicant.path()));
@@ -212,7 +203,7 @@ TEST(BelatedReply, FindsNobodyAndDisturbsNoLaterExchange)
         const std::string sender = supplicant.receive().sender;
         EXPECT_EQ(supplicant.send(first, "to FIRST"), ENOENT);
         EXPECT_EQ(supplicant.send(sender, "to " + request.toStdString()), 0);
-        supplicant.send(sender, "once more"); // which may find it gone
+        supplicant.send(sender, "again"); // the socket may be closed by now
         EXPECT_EQ(reply.get(), "to " + request);
     }
 }
@@ -220,8 +211,9 @@ TEST(BelatedReply, FindsNobodyAndDisturbsNoLaterExchange)
 TEST(NamesOfAForgedDaemon, ArePrintedAsTheyAreAndEscapedInJson)
 {
     const std::string name = "\x1b[2J\x07\u202egnp.exe\u200f\x7f";
-    FakeSupplicant supplicant({{"LIST_NETWORKS", {reply(profile_list("4\t" + name + "\tany\t\n"))}},
-                               {"SCAN_RESULTS", {reply(scan_results(""))}}});
+    Script script = replies("LIST_NETWORKS", profile_list("4\t" + name + "\tany\t\n"));
+    script.merge(no_networks());
+    const FakeSupplicant supplicant(script);
     const Environment environment = environment_for(supplicant.path());
     EXPECT_EQ(run({"list"}, environment),
               success("1.   " + name + "  [unsupported, saved, saved]\n"));

@@ -1,19 +1,16 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// Preloaded into the program under test: makes one system call fail, as CORVANE_TEST_FAULT says
-// in "CALL NTH ERROR". The NTH call of that name fails with errno ERROR; with ERROR 0, send()
-// takes a byte less than it got and poll() times out; with ERROR -N, signal N is raised and the
-// call does its work. Only calls that the program itself must mean are counted: local datagram
-// sockets, standard input, the signals that end a program. With "setlocale", Qt warns at start, as
-// some builds of it do of their own accord about a locale that is not UTF-8. "malloc" is any
-// allocation. close() and unlink() work, and leave an errno of their own behind, as they may.
+// Preloaded into the program under test. CORVANE_TEST_FAULT="CALL NTH ERROR" makes the NTH call of
+// that name fail with errno ERROR. With ERROR 0, send() drops the last byte; with ERROR -N, signal
+// N is raised before the call. Only the program's own calls count: on local datagram sockets, on
+// standard input, and for the signals that end a program. "malloc" is any allocation. "setlocale"
+// lets Qt warn at start, as some builds do in a locale that is not UTF-8.
 
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
 #include <locale.h>
-#include <poll.h>
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -23,7 +20,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-/// The error to fail with, 0 for the milder failure, or -1 to do the real thing.
+/// The error to fail with, or -1 to make the real call.
 static int fault_in(const char* call)
 {
     static int calls = 0;
@@ -74,12 +71,6 @@ int chmod(const char* path, mode_t mode)
     return failed("chmod") ? -1 : call(path, mode);
 }
 
-int connect(int descriptor, const struct sockaddr* address, socklen_t length)
-{
-    int (*const call)(int, const struct sockaddr*, socklen_t) = real("connect");
-    return failed("connect") ? -1 : call(descriptor, address, length);
-}
-
 ssize_t send(int descriptor, const void* bytes, size_t size, int flags)
 {
     ssize_t (*const call)(int, const void*, size_t, int) = real("send");
@@ -89,26 +80,6 @@ ssize_t send(int descriptor, const void* bytes, size_t size, int flags)
     const ssize_t sent = error == 0 ? call(descriptor, bytes, size - 1, flags) : -1;
     errno = error;
     return sent;
-}
-
-int poll(struct pollfd* descriptors, nfds_t count, int timeout)
-{
-    int (*const call)(struct pollfd*, nfds_t, int) = real("poll");
-    struct sockaddr address = {0};
-    socklen_t length = sizeof(address);
-    const int ours = count == 1 && getsockname(descriptors[0].fd, &address, &length) == 0
-        && address.sa_family == AF_UNIX;
-    const int error = ours ? fault_in("poll") : -1;
-    if (error < 0)
-        return call(descriptors, count, timeout);
-    errno = error;
-    return error == 0 ? 0 : -1;
-}
-
-ssize_t recv(int descriptor, void* buffer, size_t size, int flags)
-{
-    ssize_t (*const call)(int, void*, size_t, int) = real("recv");
-    return failed("recv") ? -1 : call(descriptor, buffer, size, flags);
 }
 
 int tcgetattr(int descriptor, struct termios* settings)
@@ -183,22 +154,6 @@ char* setlocale(int category, const char* locale)
     if (failed("setlocale"))
         warn(&logger, "Detected locale \"%s\"", "C");
     return call(category, locale);
-}
-
-int close(int descriptor)
-{
-    int (*const call)(int) = real("close");
-    const int result = call(descriptor);
-    errno = EDOM;
-    return result;
-}
-
-int unlink(const char* path)
-{
-    int (*const call)(const char*) = real("unlink");
-    const int result = call(path);
-    errno = EDOM;
-    return result;
 }
 
 void _exit(int status)

@@ -18,6 +18,7 @@
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -240,6 +241,13 @@ void wait_until(const std::string& what, const std::function<bool()>& condition)
             throw std::runtime_error("waited in vain until " + what);
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
+}
+
+const char* own_socket_path(int nth)
+{
+    static char path[64];
+    std::snprintf(path, sizeof(path), "/tmp/corvane-wpa-%d-%d", static_cast<int>(getpid()), nth);
+    return path;
 }
 
 Outcome run(const std::vector<std::string>& arguments, const Environment& environment,

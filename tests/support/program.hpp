@@ -43,15 +43,17 @@ Environment environment_for(const std::string& socket, const Environment& more =
 /// functions may be used.
 using Preparation = void (*)();
 
+/// The socket file that the calling process uses for its nth request, from 0. For a Preparation.
+const char* own_socket_path(int nth);
+
 /// Runs the program to its end with `input` on a pipe as standard input. With `tracer`, the words
 /// of a command that makes way for the program, it is that command's to watch.
 Outcome run(const std::vector<std::string>& arguments, const Environment& environment,
             const std::string& input = {}, Preparation prepare = nullptr,
             const std::vector<std::string>& tracer = {});
 
-/// Makes the `nth` system call of that name fail (1 is the first), see faults.c:
-/// `fault("bind", ENOSPC)`. An error of 0 makes send() short and poll() time out; one of -N
-/// raises signal N just before the call, which then does its work.
+/// Makes the `nth` call of that name fail, see faults.c: `fault("bind", ENOSPC)`. An error of 0
+/// cuts send() short; one of -N raises signal N before the call.
 Environment fault(const std::string& call, int error, int nth = 1);
 
 /// Signals of a process, signal n as the bit n - 1, without those that sanitizers take.
