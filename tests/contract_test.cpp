@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-/// What the program relies on in wpa_supplicant, asked of the real one and of the simulator alike.
+/// The behaviour of wpa_supplicant that the program relies on. The simulator must show it, too.
 
 #include "support/daemon.hpp"
 
@@ -27,8 +27,8 @@ void expect(const Daemon& daemon, const std::vector<Exchange>& exchanges)
         const std::string reply = daemon.ask(request);
         std::ostringstream wanted;
         expected.DescribeTo(&wanted);
-        EXPECT_TRUE(expected.Matches(reply)) << request << " got " << testing::PrintToString(reply)
-                                             << ", which should be such that it " << wanted.str();
+        EXPECT_TRUE(expected.Matches(reply)) << request << ": " << testing::PrintToString(reply)
+                                             << ", expected a reply that " << wanted.str();
     }
 }
 
@@ -65,24 +65,22 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(Of, Contract, testing::Values(Kind::Simulator, Kind::Real),
                          [](const auto& which) {
-                             return which.param == Kind::Real ? "TheRealOne" : "TheSimulator";
+                             return which.param == Kind::Real ? "WpaSupplicant" : "Simulator";
                          });
 
-TEST_P(Contract, AnIdleOneAnswersWithoutNetworks)
+TEST_P(Contract, AnswersWithoutNetworksWhenIdle)
 {
     const Daemon daemon(GetParam(), {});
     expect(daemon,
-           {
-               {"PING", "PONG\n"},
-               {"STATUS", MatchesRegex("wpa_state=(DISCONNECTED|INACTIVE)\n" + status_end)},
-               {"LIST_NETWORKS", no_profiles},
-               {"SCAN_RESULTS", "bssid / frequency / signal level / flags / ssid\n"},
-               {"DISCONNECT", "OK\n"},
-               {"STATUS", MatchesRegex("wpa_state=DISCONNECTED\n" + status_end)},
-           });
+           {{"PING", "PONG\n"},
+            {"STATUS", MatchesRegex("wpa_state=(DISCONNECTED|INACTIVE)\n" + status_end)},
+            {"LIST_NETWORKS", no_profiles},
+            {"SCAN_RESULTS", "bssid / frequency / signal level / flags / ssid\n"},
+            {"DISCONNECT", "OK\n"},
+            {"STATUS", MatchesRegex("wpa_state=DISCONNECTED\n" + status_end)}});
 }
 
-TEST_P(Contract, WhatIsNoCommandIsSaidToBeUnknown)
+TEST_P(Contract, ReportsUnknownCommands)
 {
     const Daemon daemon(GetParam(), {});
     for (const char* request : {"NOSUCH", "ping", "PING ", "ADD_NETWORK x", "SET_NETWORK",
@@ -90,42 +88,40 @@ TEST_P(Contract, WhatIsNoCommandIsSaidToBeUnknown)
         EXPECT_EQ(daemon.ask(request), "UNKNOWN COMMAND\n") << request;
 }
 
-TEST_P(Contract, AScanIsStartedOrAlreadyUnderWay)
+TEST_P(Contract, StartsAScanUnlessOneIsUnderWay)
 {
     const Daemon daemon(GetParam(), {});
     expect(daemon,
            {
                {"SCAN", "OK\n"},
-               {"SCAN", AnyOf("FAIL-BUSY\n", "OK\n")}, // without a radio it may be over by now
+               {"SCAN", AnyOf("FAIL-BUSY\n", "OK\n")} // without a radio it may be over by now
            });
     EXPECT_EQ(daemon.wait_for("SCAN", "OK"), "OK\n");
 }
 
-TEST_P(Contract, NewProfilesAreNumberedFromTheHighestId)
+TEST_P(Contract, NumbersNewProfilesFromTheHighestId)
 {
     const Daemon daemon(GetParam(), {});
     expect(daemon,
-           {
-               {"ADD_NETWORK", "0\n"},
-               {"ADD_NETWORK", "1\n"},
-               {"ADD_NETWORK", "2\n"},
-               {"REMOVE_NETWORK 1", "OK\n"},
-               {"ADD_NETWORK", "3\n"},
-               {"LIST_NETWORKS",
-                listing({"0||any|[DISABLED]", "2||any|[DISABLED]", "3||any|[DISABLED]"})},
-               {"REMOVE_NETWORK 2", "OK\n"},
-               {"ADD_NETWORK", "4\n"},
-               {"REMOVE_NETWORK 4", "OK\n"},
-               {"ADD_NETWORK", "4\n"},
-               {"REMOVE_NETWORK 0", "OK\n"},
-               {"REMOVE_NETWORK 3", "OK\n"},
-               {"REMOVE_NETWORK 4", "OK\n"},
-               {"LIST_NETWORKS", no_profiles},
-               {"ADD_NETWORK", "0\n"},
-           });
+           {{"ADD_NETWORK", "0\n"},
+            {"ADD_NETWORK", "1\n"},
+            {"ADD_NETWORK", "2\n"},
+            {"REMOVE_NETWORK 1", "OK\n"},
+            {"ADD_NETWORK", "3\n"},
+            {"LIST_NETWORKS",
+             listing({"0||any|[DISABLED]", "2||any|[DISABLED]", "3||any|[DISABLED]"})},
+            {"REMOVE_NETWORK 2", "OK\n"},
+            {"ADD_NETWORK", "4\n"},
+            {"REMOVE_NETWORK 4", "OK\n"},
+            {"ADD_NETWORK", "4\n"},
+            {"REMOVE_NETWORK 0", "OK\n"},
+            {"REMOVE_NETWORK 3", "OK\n"},
+            {"REMOVE_NETWORK 4", "OK\n"},
+            {"LIST_NETWORKS", no_profiles},
+            {"ADD_NETWORK", "0\n"}});
 }
 
-TEST_P(Contract, AnUnknownIdIsRefused)
+TEST_P(Contract, RefusesAnUnknownId)
 {
     const Daemon daemon(GetParam(), {.profiles = cafe});
     for (const char* request :
@@ -141,7 +137,7 @@ struct Setting {
     std::string listed; ///< In LIST_NETWORKS.
 };
 
-TEST_P(Contract, NamesAreTakenQuotedOrInHexadecimalAndListedEscaped)
+TEST_P(Contract, AcceptsNamesQuotedOrInHexadecimalAndListsThemEscaped)
 {
     const Daemon daemon(GetParam(), {});
     expect(daemon, {{"ADD_NETWORK", "0\n"}, {"SET_NETWORK 0 key_mgmt NONE", "OK\n"}});
@@ -162,16 +158,14 @@ TEST_P(Contract, NamesAreTakenQuotedOrInHexadecimalAndListedEscaped)
     };
     for (const Setting& setting : settings) {
         expect(daemon,
-               {
-                   {"SET_NETWORK 0 ssid " + setting.value, "OK\n"},
-                   {"LIST_NETWORKS", listing({"0|" + setting.listed + "|any|[DISABLED]"})},
-                   {"SAVE_CONFIG", "OK\n"},
-               });
+               {{"SET_NETWORK 0 ssid " + setting.value, "OK\n"},
+                {"LIST_NETWORKS", listing({"0|" + setting.listed + "|any|[DISABLED]"})},
+                {"SAVE_CONFIG", "OK\n"}});
         EXPECT_EQ(daemon.saved(), profile(setting.stored, "key_mgmt=NONE", true));
     }
 }
 
-TEST_P(Contract, BadNamesAreRefusedAndTheOldOneStays)
+TEST_P(Contract, RefusesInvalidNamesAndKeepsTheOldOne)
 {
     const Daemon daemon(GetParam(), {.profiles = cafe});
     for (const char* value :
@@ -179,29 +173,23 @@ TEST_P(Contract, BadNamesAreRefusedAndTheOldOneStays)
           " \"123456789012345678901234567890123\"",
           " 787878787878787878787878787878787878787878787878787878787878787878"})
         expect(daemon,
-               {
-                   {std::string("SET_NETWORK 0 ssid") + value, "FAIL\n"},
-                   {"LIST_NETWORKS", listing({"0|Cafe|any|[DISABLED]"})},
-               });
+               {{std::string("SET_NETWORK 0 ssid") + value, "FAIL\n"},
+                {"LIST_NETWORKS", listing({"0|Cafe|any|[DISABLED]"})}});
 }
 
-TEST_P(Contract, PasswordsAreTakenAsTheyStandBetweenTheQuotes)
+TEST_P(Contract, StoresPasswordsAsTheyAreBetweenTheQuotes)
 {
     const Daemon daemon(GetParam(), {.profiles = home});
     const std::string most(63, 'x');
     for (const std::string& value :
          {std::string(R"("12345678")"), '"' + most + '"', std::string("\"p\xc3\xa4ssw\xc3\xb6rd\""),
           std::string(R"("pass\"word")"), std::string(R"("pass\\word")")}) {
-        expect(daemon,
-               {
-                   {"SET_NETWORK 0 psk " + value, "OK\n"},
-                   {"SAVE_CONFIG", "OK\n"},
-               });
+        expect(daemon, {{"SET_NETWORK 0 psk " + value, "OK\n"}, {"SAVE_CONFIG", "OK\n"}});
         EXPECT_EQ(daemon.saved(), profile("\"Home\"", "psk=" + value, true));
     }
 }
 
-TEST_P(Contract, BadPasswordsAreRefusedAndTheOldOneStays)
+TEST_P(Contract, RefusesInvalidPasswordsAndKeepsTheOldOne)
 {
     const Daemon daemon(GetParam(), {.profiles = home});
     for (const std::string& value :
@@ -212,21 +200,19 @@ TEST_P(Contract, BadPasswordsAreRefusedAndTheOldOneStays)
     EXPECT_EQ(daemon.saved(), home);
 }
 
-TEST_P(Contract, OtherSettingsAreChecked)
+TEST_P(Contract, ChecksOtherSettings)
 {
     const Daemon daemon(GetParam(), {.profiles = home});
     expect(daemon,
-           {
-               {"SET_NETWORK 0 key_mgmt NONE", "OK\n"},
-               {"SET_NETWORK 0 key_mgmt WPA-PSK", "OK\n"},
-               {"SET_NETWORK 0 key_mgmt NOSUCH", "FAIL\n"},
-               {"SET_NETWORK 0 key_mgmt", "FAIL\n"},
-               {"SET_NETWORK 0 nosuch 1", "FAIL\n"},
-               {"SET_NETWORK 0", "FAIL\n"},
-           });
+           {{"SET_NETWORK 0 key_mgmt NONE", "OK\n"},
+            {"SET_NETWORK 0 key_mgmt WPA-PSK", "OK\n"},
+            {"SET_NETWORK 0 key_mgmt NOSUCH", "FAIL\n"},
+            {"SET_NETWORK 0 key_mgmt", "FAIL\n"},
+            {"SET_NETWORK 0 nosuch 1", "FAIL\n"},
+            {"SET_NETWORK 0", "FAIL\n"}});
 }
 
-TEST_P(Contract, SelectingAProfileDisablesTheOthers)
+TEST_P(Contract, DisablesTheOtherProfilesWhenOneIsSelected)
 {
     const Daemon daemon(GetParam(), {.profiles = cafe + home + nord});
     const auto flags = [](const std::string& first, const std::string& second,
@@ -235,43 +221,39 @@ TEST_P(Contract, SelectingAProfileDisablesTheOthers)
                         R"(2|Caf\xc3\xa9 du Nord|any|)" + third});
     };
     expect(daemon,
-           {
-               {"LIST_NETWORKS", flags("[DISABLED]", "[DISABLED]", "[DISABLED]")},
-               {"SELECT_NETWORK 1", "OK\n"},
-               {"LIST_NETWORKS", flags("[DISABLED]", "[CURRENT]", "[DISABLED]")},
-               {"ENABLE_NETWORK 2", "OK\n"},
-               {"LIST_NETWORKS", flags("[DISABLED]", "[CURRENT]", "")},
-               {"SELECT_NETWORK 2", "OK\n"},
-               {"LIST_NETWORKS", flags("[DISABLED]", "[DISABLED]", "[CURRENT]")},
-               {"ENABLE_NETWORK 0", "OK\n"},
-               {"ENABLE_NETWORK 1", "OK\n"},
-               {"LIST_NETWORKS", flags("", "", "[CURRENT]")},
-               {"DISCONNECT", "OK\n"},
-               {"LIST_NETWORKS", flags("", "", "")},
-               {"STATUS", MatchesRegex("wpa_state=DISCONNECTED\n" + status_end)},
-               {"SELECT_NETWORK 0", "OK\n"},
-               {"DISCONNECT", "OK\n"},
-               {"LIST_NETWORKS", flags("", "[DISABLED]", "[DISABLED]")},
-           });
+           {{"LIST_NETWORKS", flags("[DISABLED]", "[DISABLED]", "[DISABLED]")},
+            {"SELECT_NETWORK 1", "OK\n"},
+            {"LIST_NETWORKS", flags("[DISABLED]", "[CURRENT]", "[DISABLED]")},
+            {"ENABLE_NETWORK 2", "OK\n"},
+            {"LIST_NETWORKS", flags("[DISABLED]", "[CURRENT]", "")},
+            {"SELECT_NETWORK 2", "OK\n"},
+            {"LIST_NETWORKS", flags("[DISABLED]", "[DISABLED]", "[CURRENT]")},
+            {"ENABLE_NETWORK 0", "OK\n"},
+            {"ENABLE_NETWORK 1", "OK\n"},
+            {"LIST_NETWORKS", flags("", "", "[CURRENT]")},
+            {"DISCONNECT", "OK\n"},
+            {"LIST_NETWORKS", flags("", "", "")},
+            {"STATUS", MatchesRegex("wpa_state=DISCONNECTED\n" + status_end)},
+            {"SELECT_NETWORK 0", "OK\n"},
+            {"DISCONNECT", "OK\n"},
+            {"LIST_NETWORKS", flags("", "[DISABLED]", "[DISABLED]")}});
 }
 
-TEST_P(Contract, TheFileIsWrittenInOneForm)
+TEST_P(Contract, WritesTheFileInOneForm)
 {
     const Daemon daemon(GetParam(), {.profiles = "# lost\n" + cafe + home});
     expect(daemon,
-           {
-               {"SELECT_NETWORK 0", "OK\n"},
-               {"ADD_NETWORK", "2\n"},
-               {"SET_NETWORK 2 ssid 426f622022354722", "OK\n"},
-               {"SET_NETWORK 2 key_mgmt WPA-PSK", "OK\n"},
-               {R"(SET_NETWORK 2 psk "bobs\"-password")", "OK\n"},
-               {"ADD_NETWORK", "3\n"},
-               {"SET_NETWORK 3 ssid 436166c3a9", "OK\n"},
-               {"SET_NETWORK 3 key_mgmt NONE", "OK\n"},
-               {"ENABLE_NETWORK 3", "OK\n"},
-               {"ADD_NETWORK", "4\n"}, // without a key: neither usable nor saved
-               {"SAVE_CONFIG", "OK\n"},
-           });
+           {{"SELECT_NETWORK 0", "OK\n"},
+            {"ADD_NETWORK", "2\n"},
+            {"SET_NETWORK 2 ssid 426f622022354722", "OK\n"},
+            {"SET_NETWORK 2 key_mgmt WPA-PSK", "OK\n"},
+            {R"(SET_NETWORK 2 psk "bobs\"-password")", "OK\n"},
+            {"ADD_NETWORK", "3\n"},
+            {"SET_NETWORK 3 ssid 436166c3a9", "OK\n"},
+            {"SET_NETWORK 3 key_mgmt NONE", "OK\n"},
+            {"ENABLE_NETWORK 3", "OK\n"},
+            {"ADD_NETWORK", "4\n"}, // without a key: neither usable nor saved
+            {"SAVE_CONFIG", "OK\n"}});
     const std::string bob = "psk=\"bobs\\\"-password\"\n\tkey_mgmt=WPA-PSK";
     EXPECT_EQ(daemon.config(),
               "ctrl_interface=DIR=" + daemon.folder() + "\nupdate_config=1\n"
@@ -279,20 +261,18 @@ TEST_P(Contract, TheFileIsWrittenInOneForm)
                   + profile("\"Bob \"5G\"\"", bob, true) + profile("436166c3a9", "key_mgmt=NONE"));
 }
 
-TEST_P(Contract, SavingIsRefusedWhereTheFileForbidsIt)
+TEST_P(Contract, RefusesToSaveIfTheFileForbidsIt)
 {
     const Daemon daemon(GetParam(), {.profiles = cafe + home, .update_config = false});
     const std::string before = daemon.config();
     expect(daemon,
-           {
-               {"REMOVE_NETWORK 0", "OK\n"},
-               {"SAVE_CONFIG", "FAIL\n"},
-               {"LIST_NETWORKS", listing({"1|Home|any|[DISABLED]"})},
-           });
+           {{"REMOVE_NETWORK 0", "OK\n"},
+            {"SAVE_CONFIG", "FAIL\n"},
+            {"LIST_NETWORKS", listing({"1|Home|any|[DISABLED]"})}});
     EXPECT_EQ(daemon.config(), before);
 }
 
-TEST_P(Contract, AReplyEndsAfterTheLastLineThatFitsIn4095Bytes)
+TEST_P(Contract, EndsAReplyAfterTheLastLineThatFitsIn4095Bytes)
 {
     const std::string name(32, 'x');
     std::string profiles;
@@ -314,8 +294,8 @@ TEST_P(Contract, AReplyEndsAfterTheLastLineThatFitsIn4095Bytes)
     EXPECT_EQ(listing(lines).size(), 4095U);
 }
 
-/// The real one is connected through a cable here: no channel, no mode of a radio, and at once.
-TEST_P(Contract, AnOpenProfileComesToCompleted)
+/// The real one is connected by cable here: at once, without a channel or a radio mode.
+TEST_P(Contract, CompletesAnOpenProfile)
 {
     const Daemon daemon(GetParam(),
                         {.profiles = home + cafe, .driver = "wired", .address = "10.66.2.48/24"});
@@ -328,15 +308,13 @@ TEST_P(Contract, AnOpenProfileComesToCompleted)
                                "key_mgmt=NONE\nwpa_state=COMPLETED\nip_address=10.66.2.48\n"
                              + status_end));
     expect(daemon,
-           {
-               {"LIST_NETWORKS", listing({"0|Home|any|[DISABLED]", "1|Cafe|any|[CURRENT]"})},
-               {"SELECT_NETWORK 1", "OK\n"}, // again: the connection stays up
-               {"STATUS", testing::HasSubstr("\nwpa_state=COMPLETED\n")},
-               {"REMOVE_NETWORK 1", "OK\n"},
-               {"LIST_NETWORKS", listing({"0|Home|any|[DISABLED]"})},
-               // INACTIVE with a radio
-               {"STATUS", testing::ContainsRegex("^wpa_state=(DISCONNECTED|INACTIVE)\n")},
-           });
+           {{"LIST_NETWORKS", listing({"0|Home|any|[DISABLED]", "1|Cafe|any|[CURRENT]"})},
+            {"SELECT_NETWORK 1", "OK\n"}, // again: the connection stays up
+            {"STATUS", testing::HasSubstr("\nwpa_state=COMPLETED\n")},
+            {"REMOVE_NETWORK 1", "OK\n"},
+            {"LIST_NETWORKS", listing({"0|Home|any|[DISABLED]"})},
+            // INACTIVE with a radio
+            {"STATUS", testing::ContainsRegex("^wpa_state=(DISCONNECTED|INACTIVE)\n")}});
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-/// The program and the library against wpa_supplicant itself, and what it keeps of it on disk.
+/// The program and the library with wpa_supplicant itself, and what that writes to its file.
 
 #include "cvn/wifi.hpp"
 #include "support/daemon.hpp"
@@ -42,7 +42,7 @@ const std::string cafe = profile("\"Cafe\"", no_key, true);
 const std::string guest = profile("\"Guest\"", no_key, true);
 const std::string no_profiles = "network id / ssid / bssid / flags\n";
 
-/// Connected as soon as an open profile is chosen.
+/// Connected as soon as an open profile is selected.
 Setup wired(const std::string& profiles)
 {
     return {.profiles = profiles, .driver = "wired", .address = "10.66.2.48/24"};
@@ -59,7 +59,7 @@ public:
         : Daemon(Kind::Real, setup)
         , before_(file())
     {
-        // The kernel merges equal events that follow one another, so both ends of a renaming.
+        // The kernel merges equal events that follow each other: watch both ends of a rename.
         inotify_add_watch(watch_, folder().c_str(), IN_MOVED_FROM | IN_MOVED_TO);
     }
     ~Supplicant()
@@ -78,7 +78,7 @@ public:
         return {QString::fromStdString(path())};
     }
 
-    /// What connect_new() complains of; "" when it is content.
+    /// The error of connect_new(); "" on success.
     std::string add(const char* ssid, Security security, const char* password,
                     int timeout_ms = 0) const
     {
@@ -157,7 +157,7 @@ TEST_F(Real, ListScansAndIsEmptyWithoutARadio)
     EXPECT_EQ(supplicant.command({"list", "--json"}), printed("[]"));
 }
 
-TEST_F(Real, ListShowsNamesAsTheyArePrinted)
+TEST_F(Real, ListShowsNamesAsWpaSupplicantPrintsThem)
 {
     const Supplicant supplicant({.profiles = profile("\"  two  blanks \"", no_key, true)
                                      + profile(R"("Bob "5G" C:\net")", no_key, true)
@@ -190,7 +190,7 @@ TEST_F(Real, ListMarksTheNetworkThatIsNotYetCompleted)
                       "2.   Cafe  [unsupported, saved, saved]"));
 }
 
-TEST_F(Real, ForgetTakesThePrintedNameAndNoOtherProfile)
+TEST_F(Real, ForgetRemovesTheProfileOfThePrintedNameOnly)
 {
     const std::string blanks = profile("\"  two  blanks \"", no_key, true);
     const std::string bob = profile(R"("Bob "5G" C:\net")", no_key, true);
@@ -275,6 +275,10 @@ TEST_F(Real, ANewOpenNetworkIsSavedOnceItIsConnected)
     EXPECT_EQ(supplicant.count_saves(), 1);
 }
 
+const Setup idle = {};
+const Setup read_only = {.update_config = false};
+const std::string too_long_name(33, 'x');
+
 class ANewNetwork : public Real, public testing::WithParamInterface<Failing> { };
 
 TEST_P(ANewNetwork, IsRemovedAgainAndTheFileIsUntouched)
@@ -290,42 +294,23 @@ TEST_P(ANewNetwork, IsRemovedAgainAndTheFileIsUntouched)
 
 INSTANTIATE_TEST_SUITE_P(
     That, ANewNetwork,
-    testing::Values(Failing{"CannotBeSaved",
-                            {.update_config = false},
-                            "Home",
-                            Security::Personal,
-                            "home-password",
-                            0,
-                            "Could not save Wi-Fi network: FAIL"},
+    testing::Values(Failing{"CannotBeSaved", read_only, "Home", Security::Personal, "home-password",
+                            0, "Could not save Wi-Fi network: FAIL"},
                     Failing{"IsNotConnectedInTime", wired(""), "Home", Security::Personal,
                             "home-password", 1, "Timed out connecting to Home."},
                     // It is connected, but wpa_supplicant calls it Caf\xc3\xa9.
                     Failing{"IsPrintedEscaped", wired(""), "Caf\xc3\xa9", Security::Open, "", 1000,
                             "Timed out connecting to Caf\xc3\xa9."},
-                    Failing{"HasATooLongName",
-                            {},
-                            std::string(33, 'x'),
-                            Security::Open,
-                            "",
-                            0,
+                    Failing{"HasATooLongName", idle, too_long_name, Security::Open, "", 0,
                             "Could not set Wi-Fi network name: FAIL"},
-                    Failing{"HasAControlCharacterInThePassword",
-                            {},
-                            "Home",
-                            Security::Personal,
-                            "pass\tword",
-                            0,
-                            "Could not set WPA password: FAIL"},
-                    Failing{"HasALineEndInThePassword",
-                            {},
-                            "Home",
-                            Security::Personal,
-                            "pass\nword",
-                            0,
+                    Failing{"HasAControlCharacterInThePassword", idle, "Home", Security::Personal,
+                            "pass\tword", 0, "Could not set WPA password: FAIL"},
+                    Failing{"HasALineEndInThePassword", idle, "Home", Security::Personal,
+                            "pass\nword", 0,
                             "Wi-Fi passwords cannot contain NUL or newline characters."}),
     by_name);
 
-// The backslashes then are part of the password.
+// The backslashes become part of the password.
 TEST_F(Real, APasswordWithQuotesIsStoredWithTheBackslashesBeforeThem)
 {
     const Supplicant supplicant({});
@@ -336,7 +321,7 @@ TEST_F(Real, APasswordWithQuotesIsStoredWithTheBackslashesBeforeThem)
                       "\n\tkey_mgmt=WPA-PSK"));
 }
 
-TEST_F(Real, ForgetSaysWhenTheFileCannotBeWritten)
+TEST_F(Real, ForgetReportsThatTheFileCannotBeWritten)
 {
     const Supplicant supplicant({.profiles = cafe, .update_config = false});
     EXPECT_EQ(supplicant.command({"forget", "--yes", "Cafe"}),
@@ -345,7 +330,7 @@ TEST_F(Real, ForgetSaysWhenTheFileCannotBeWritten)
     EXPECT_TRUE(supplicant.file_is_untouched());
 }
 
-TEST_F(Real, ProfilesBeyond4095BytesOfAReplyAreNotSeen)
+TEST_F(Real, ProfilesBeyond4095BytesOfAReplyAreMissing)
 {
     std::string profiles;
     std::string lines;
@@ -363,11 +348,11 @@ TEST_F(Real, ProfilesBeyond4095BytesOfAReplyAreNotSeen)
               printed("Forgot Profile 233."));
 }
 
-TEST_F(Real, OtherUsersAreNotLetIn)
+TEST_F(Real, OtherUsersHaveNoAccess)
 {
     const Supplicant supplicant({});
     const bool is_root = geteuid() == 0;
-    // A user of their own may take their right to it away; root has to become another one.
+    // Ordinary users can take away their own access; root has to become another user.
     chmod(supplicant.folder().c_str(), 0755);
     if (!is_root)
         chmod(supplicant.path().c_str(), 0);
