@@ -1,6 +1,5 @@
 # shellcheck shell=sh
 # SPDX-License-Identifier: MIT
-# Copyright (c) The corvane-wifi authors
 #
 # Makes access points of the radios 1 to 5, in a network namespace of their own, with a DHCP server.
 # The machines' first scripts read it, so it runs under busybox's shell and under dash.

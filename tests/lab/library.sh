@@ -1,5 +1,4 @@
 # SPDX-License-Identifier: MIT
-# Copyright (c) The corvane-wifi authors
 #
 # What the scenarios are written in. They run in the machine, under busybox's shell.
 # shellcheck shell=sh disable=SC2034 # $out, $err and $status are for the scenarios
@@ -97,7 +96,10 @@ state_is() { [ "$(state)" = "$1" ]; }
 has_profile() { profiles | grep -q "	$1	"; }
 start() {
     wpa_supplicant -B -Dnl80211 -iwlan0 -c "$conf" -P /run/wpa.pid -f /run/wpa.log >/dev/null
-    wait_for answers || show "wpa_supplicant does not answer" "$(tail -n 5 /run/wpa.log)"
+    if ! wait_for answers; then
+        echo "not ok - wpa_supplicant answers"
+        show "the end of its log" "$(tail -n 5 /run/wpa.log)"
+    fi
     # A tablet has a DHCP client that follows the link.
     wpa_cli -i wlan0 -a /lab/online -P /run/online.pid -B
 }

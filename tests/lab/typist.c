@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-// Copyright (c) The corvane-wifi authors
 
 // Plays the person at a terminal:
 //

@@ -1,5 +1,4 @@
 # SPDX-License-Identifier: MIT
-# Copyright (c) The corvane-wifi authors
 # shellcheck shell=sh disable=SC2154 # from library.sh
 #
 # On line through an open network: an address, traffic, and one profile in the file.

@@ -1,5 +1,4 @@
 # SPDX-License-Identifier: MIT
-# Copyright (c) The corvane-wifi authors
 # shellcheck shell=sh disable=SC2154 # from library.sh
 #
 # The access point, wpa_supplicant or the program itself goes away while it is connecting.

@@ -1,5 +1,4 @@
 # SPDX-License-Identifier: MIT
-# Copyright (c) The corvane-wifi authors
 # shellcheck shell=sh disable=SC2154 # from library.sh
 #
 # What does not work today. A check that fails here may well be good news: see what changed, and

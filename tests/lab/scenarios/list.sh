@@ -1,5 +1,4 @@
 # SPDX-License-Identifier: MIT
-# Copyright (c) The corvane-wifi authors
 # shellcheck shell=sh disable=SC2154 # from library.sh
 #
 # All that is in the air, in its order, as a table and as JSON.

@@ -1,5 +1,4 @@
 # SPDX-License-Identifier: MIT
-# Copyright (c) The corvane-wifi authors
 # shellcheck shell=sh disable=SC2034,SC2154 # from library.sh
 #
 # Who may: the members of the socket's group.
