@@ -48,7 +48,7 @@ struct AccessPoint {
     }
 };
 
-// Of two with one name the stronger comes first.
+// Of two with the same name, the stronger one comes first.
 constexpr AccessPoint access_points[] = {
     {"02:00:00:00:04:00", 5180, -58, "[WPA2-SAE-CCMP][ESS]", "Modern", "modern-password"},
     {"02:00:00:00:0a:00", 2417, -42, "[WPA2-PSK-CCMP][ESS]", "Twins", "twins-password"},
@@ -84,11 +84,12 @@ string hex_of(string_view bytes)
 
 string escaped(string_view bytes)
 {
-    constexpr string_view special = "\"\\\x1b\n\r\t";
+    static const std::map<char, string> escapes{{'"', "\\\""}, {'\\', "\\\\"}, {'\x1b', "\\e"},
+                                                {'\n', "\\n"}, {'\r', "\\r"},  {'\t', "\\t"}};
     string text;
     for (const char c : bytes) {
-        if (const size_t at = special.find(c); at != string::npos)
-            text += {'\\', "\"\\enrt"[at]};
+        if (escapes.contains(c))
+            text += escapes.at(c);
         else
             text += is_printable(c) ? string(1, c) : "\\x" + hex_of({&c, 1});
     }
@@ -108,7 +109,7 @@ std::optional<string> decoded(const string& value)
     return bytes;
 }
 
-// Knows the fields that corvane-wifi sets and those that wpa_supplicant saves with them.
+// Has the fields that corvane-wifi sets and those that wpa_supplicant adds when it saves them.
 struct Profile {
     string ssid{}, psk{};
     string key_mgmt{}; // empty: wpa_supplicant's default, any kind that needs a key
@@ -131,18 +132,18 @@ struct Profile {
         return true;
     }
 
-    // Such a profile is neither tried nor saved.
+    // wpa_supplicant neither tries nor saves such a profile.
     bool lacks_key() const
     {
         return key_mgmt != "NONE" && psk.empty();
     }
 
-    // Only open networks and those with a pre-shared key can be joined here.
+    // The simulator connects only to open networks and those with a pre-shared key.
     bool fits(const AccessPoint& point) const
     {
         const bool has_key = point.flags.find("-PSK") != string_view::npos && !lacks_key();
-        const bool is_alike = key_mgmt == "NONE" ? point.is_open() : has_key;
-        return !ssid.empty() && ssid == point.ssid && is_alike;
+        const bool is_suitable = key_mgmt == "NONE" ? point.is_open() : has_key;
+        return !ssid.empty() && ssid == point.ssid && is_suitable;
     }
 
     string block() const
@@ -200,14 +201,13 @@ private:
         return profiles_.empty() ? 0 : profiles_.rbegin()->first + 1;
     }
 
-    // How it goes on from here is only a matter of time: see state().
+    // From here on the state depends only on the time: see state().
     void connect(int id)
     {
         const Profile& profile = profiles_.at(id);
-        point_ = nullptr;
-        for (const AccessPoint& point : in_range_)
-            if (!point_ && profile.fits(point))
-                point_ = &point;
+        const auto fitting = std::ranges::find_if(in_range_,
+                                                  [&](auto& p) { return profile.fits(p); });
+        point_ = fitting == in_range_.end() ? nullptr : &*fitting;
         completed_at_ = point_ && profile.psk == point_->password ? now_ + 1300 : never;
         current_ = id;
         since_ = now_;
@@ -255,8 +255,7 @@ private:
             {"SELECT_NETWORK ", &Simulator::select_network},
             {"REMOVE_NETWORK ", &Simulator::remove_network},
             {"DISCONNECT", &Simulator::disconnect},
-            {"SAVE_CONFIG", &Simulator::save_config},
-        };
+            {"SAVE_CONFIG", &Simulator::save_config}};
         if (request == "PING")
             return "PONG\n";
         const size_t space = request.find(' ');
@@ -266,7 +265,7 @@ private:
             return "UNKNOWN COMMAND\n";
         try {
             return (this->*found->second)(request.substr(end));
-        } catch (const std::logic_error&) { // there is no profile of that id
+        } catch (const std::logic_error&) { // no profile has that id
             return fail;
         }
     }
@@ -394,8 +393,7 @@ private:
     int current_ = -1;
     const AccessPoint* point_ = nullptr;
     std::int64_t now_ = monotonic_milliseconds();
-    std::int64_t since_ = never;
-    std::int64_t completed_at_ = never;
+    std::int64_t since_ = never, completed_at_ = never;
     std::int64_t scan_end_ = 0; // of the last scan, which may be under way
 };
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// Many exchanges, one after another and at once; scripts/load makes them very many.
+// Many exchanges, one after another and at once. scripts/load makes many more of them.
 
 #include "cvn/wifi.hpp"
 #include "support/fake_supplicant.hpp"
@@ -32,7 +32,7 @@ int count(const char* name, int quick)
     return value == nullptr ? quick : std::atoi(value);
 }
 
-/// Calls itself connected to a network named after who asks, so that no two get the same reply.
+/// Reports a connection to a network named after the sender, so that no two get the same reply.
 class Mirror : public ManualSupplicant {
 public:
     Mirror()
@@ -54,7 +54,7 @@ private:
     std::thread thread_;
 };
 
-/// Where many processes wait for each other before they become the program.
+/// Many processes wait here for each other before they become the program.
 struct Gate {
     int arrived[2];
     int open[2];
@@ -74,12 +74,12 @@ void print_pid_and_wait()
         _exit(126);
 }
 
-/// The program, whose process printed its id before, got the reply that was meant for it.
+/// Checks that the program, which printed its process id first, got its own reply.
 void expect_own_reply(Outcome outcome)
 {
     const std::string pid = outcome.out.substr(0, outcome.out.find('\n'));
     const std::string own = "/tmp/corvane-wpa-" + pid + "-0";
-    // With so many ids in use, one that was killed elsewhere may have left other numbers.
+    // An earlier process with the same id may have been killed and have left other numbers.
     std::erase_if(outcome.left, [&](const std::string& path) { return path != own; });
     EXPECT_EQ(outcome,
               (Outcome{0, pid + "\nState: STATUS\nNetwork: " + own + "\nAddress: \n", ""}));
@@ -121,7 +121,7 @@ void call_from_eight_threads(const Client& client, int calls)
 struct Use {
     size_t heap;
     std::ptrdiff_t descriptors;
-    std::ptrdiff_t files; ///< In /tmp, of a process with this id; of earlier ones, too.
+    std::ptrdiff_t files; ///< In /tmp, of this process or an earlier one with the same id.
 };
 
 Use use()
@@ -179,13 +179,13 @@ TEST(ManyCalls, GetTheirOwnRepliesAndLeaveNothingBehind)
     std::cout << "1000 calls: " << first.heap << " bytes, " << first.descriptors << " descriptors\n"
               << calls << " calls: " << last.heap << " bytes, " << last.descriptors
               << " descriptors\n";
-    // What more arenas for the threads may take; a leak in each call would be many times that.
+    // More arenas for threads may need that much. A leak in each call would need far more.
     EXPECT_LE(last.heap, first.heap + 65536);
     EXPECT_EQ(last.descriptors, first.descriptors);
     EXPECT_LE(last.files, first.files);
 }
 
-TEST(ManyCalls, ThatTheQueueCannotHoldWaitForTheirTurn)
+TEST(ManyCalls, WaitWhileTheQueueIsFull)
 {
     int queue = 0;
     std::ifstream("/proc/sys/net/unix/max_dgram_qlen") >> queue;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// Plays the system, the clock and wpa_supplicant to the library, and looks at what is sent. The
-// texts of an input are operations, each followed by the replies it gets:
+// Replaces the system, the clock and wpa_supplicant, and checks what the library sends. The texts
+// of an input are operations, each followed by the replies to it:
 //     >WORD<tab>SSID<tab>TIME-OUT<tab>PASSWORD or id
-//     REPLY, or !CALL to let that system call fail, !short to send too little, !wait for no reply
-// Where no reply is left, none comes. No time passes outside.
+//     REPLY, or !CALL if that system call fails, !short if too little is sent, !wait for no reply
+// After the last reply, none comes. No real time passes.
 
 #include "fuzz.hpp"
 
@@ -37,12 +37,12 @@ constexpr const char* server = "/run/fuzz/wlan0";
 struct Exchange {
     QByteArray script;
     QByteArray request = {}; ///< Empty when a call before send() failed.
-    QByteArray error = {};   ///< What its message ends in, where it fails.
+    QByteArray error = {};   ///< The end of the message if it fails.
     QByteArray reply = {};
     bool answered = false;
 };
 
-/// One operation as it is played.
+/// One operation in progress.
 struct Stage {
     qint64 start_ms = 0;
     QByteArrayList script = {};
@@ -75,13 +75,14 @@ QByteArray path_in(const sockaddr* address, socklen_t length)
 
 } // namespace
 
-// The linker prefers these to those of Qt and of the C library. Only the library under test calls
-// them here, but for close() and unlink().
+// The linker prefers these to those of Qt and the C library. Except for close() and unlink(), only
+// the library under test calls them.
 
 void QThread::msleep(unsigned long ms)
 {
-    require(!stage.open, "no socket is held over a pause");
-    require(ms == (stage.exchanges.back().request == "SCAN" ? 1400 : 400), "pauses have a length");
+    require(!stage.open, "no socket is open during a pause");
+    require(ms == (stage.exchanges.back().request == "SCAN" ? 1400 : 400),
+            "pauses have the documented length");
     clock_ms += static_cast<qint64>(ms);
 }
 
@@ -99,8 +100,8 @@ extern "C" {
 
 int socket(int domain, int type, int) noexcept
 {
-    require(!stage.open && stage.file.isEmpty(), "nothing is left of the exchange before");
-    require(domain == AF_UNIX && type == SOCK_DGRAM, "sockets are local and take datagrams");
+    require(!stage.open && stage.file.isEmpty(), "nothing is left of the previous exchange");
+    require(domain == AF_UNIX && type == SOCK_DGRAM, "sockets are local and for datagrams");
     stage.exchanges.push_back({stage.script.isEmpty() ? "!wait" : stage.script.takeFirst()});
     stage.guarded = false;
     stage.open = !fails("socket");
@@ -129,7 +130,7 @@ int connect(int, const sockaddr* address, socklen_t length)
 
 ssize_t send(int, const void* data, size_t size, int)
 {
-    require(stage.guarded, "nobody else can answer");
+    require(stage.guarded, "the socket file is private before a request");
     Exchange& exchange = stage.exchanges.back();
     exchange.request = bytes(static_cast<const uint8_t*>(data), size);
     if (fails("send"))
@@ -225,7 +226,7 @@ void run(const Operation& operation)
         throw std::runtime_error("Not an operation.");
 }
 
-/// Whether an operation may go on behind that exchange.
+/// Whether the operation may continue after that exchange.
 bool accepted(const Exchange& exchange)
 {
     const QByteArray& request = exchange.request;
@@ -246,7 +247,7 @@ bool is_connected(const Exchange& exchange, const QString& ssid)
         && status.state == QLatin1String("COMPLETED");
 }
 
-/// `error` is the message that left the operation, null when none did.
+/// `error` is the message of the operation's error, null on success.
 void check(const Operation& operation, std::vector<Exchange> exchanges, const QByteArray& error)
 {
     if (operation.adds() && !error.isNull() && !exchanges.empty() && accepted(exchanges[0])) {
@@ -260,17 +261,17 @@ void check(const Operation& operation, std::vector<Exchange> exchanges, const QB
         const Exchange& exchange = exchanges[i];
         require(accepted(exchange) || i + 1 == exchanges.size(), "an error ends the operation");
         require(accepted(exchange) || (!error.isNull() && error.endsWith(exchange.error)),
-                "the first error is the one that is told");
+                "the first error is reported");
         if (exchange.request.startsWith("REMOVE_NETWORK"))
-            require(operation.word == "forget", "a profile that came up stays");
+            require(operation.word == "forget", "a connected profile stays");
         if (exchange.request != "SAVE_CONFIG")
             continue;
         if (operation.adds())
             require(operation.timeout < 1 || is_connected(exchanges[i - 1], operation.ssid),
-                    "a profile is saved once it came up");
+                    "a profile is saved only when connected");
         else
             require(exchanges[i - 1].request.startsWith("REMOVE_NETWORK"),
-                    "a profile is saved or removed by those who write");
+                    "only adding and forgetting save");
     }
     if (!error.isNull()) {
         // The first three requests can be refused by the library: a name, a password.
@@ -281,7 +282,7 @@ void check(const Operation& operation, std::vector<Exchange> exchanges, const QB
     }
     const QByteArray last = exchanges.back().request;
     require(last == "SAVE_CONFIG" || (!operation.adds() && operation.word != "forget"),
-            "adding and forgetting end with the one write");
+            "adding and forgetting end with one save");
     require(operation.word != "saved" || operation.timeout < 1
                 || is_connected(exchanges.back(), operation.ssid),
             "success is a connection");

@@ -23,12 +23,13 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     try {
         const QByteArray password = Client::encode_password(text);
         require(!refused, "NUL and line ends are refused");
-        require(password == '"' + escaped + '"', "a password is quoted, and what would end that");
+        require(password == '"' + escaped + '"',
+                "a password is quoted, with quotes and backslashes escaped");
     } catch (const std::runtime_error& error) {
         require(refused, "only NUL and line ends are refused");
         require(error.what()
                     == QByteArray("Wi-Fi passwords cannot contain NUL or newline characters."),
-                "the error does not tell the password");
+                "the error does not contain the password");
     }
     return 0;
 }

@@ -13,11 +13,11 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
 /// An assert() for every build. libFuzzer keeps the input that ends here.
-inline void require(bool kept, const char* promise)
+inline void require(bool holds, const char* property)
 {
-    if (kept)
+    if (holds)
         return;
-    std::fprintf(stderr, "Broken promise: %s\n", promise);
+    std::fprintf(stderr, "Violated: %s\n", property);
     std::abort();
 }
 
@@ -26,7 +26,7 @@ inline QByteArray bytes(const uint8_t* data, size_t size)
     return {reinterpret_cast<const char*>(data), static_cast<qsizetype>(size)};
 }
 
-/// An input of several texts: each but the last ends in a per cent sign and a line feed.
+/// The texts of an input. Each but the last ends with a per cent sign and a line feed.
 inline QByteArrayList texts(QByteArray input)
 {
     QByteArrayList result;

@@ -60,7 +60,7 @@ Security security(const QString& flags)
     return std::ranges::any_of(words, mention) ? Security::Unsupported : Security::Open;
 }
 
-/// The record of that name, looked up rather than merged.
+/// The record of that name, found by search instead of merging.
 Network record(const QString& name, std::vector<Row> scanned, std::vector<Row> saved,
                const Status& status)
 {

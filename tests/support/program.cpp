@@ -39,7 +39,7 @@ public:
         : words_(std::move(tracer))
         , prepare_(prepare)
     {
-        // For its _exit(), where coverage is counted.
+        // In coverage builds, for the _exit() that saves the counters.
         if (getenv("CORVANE_TEST_PRELOAD") != nullptr)
             environment.emplace("LD_PRELOAD", FAULTS_LIBRARY);
         const char* another = getenv("CORVANE_TEST_PROGRAM");
@@ -53,7 +53,7 @@ public:
 
     [[noreturn]] void execute()
     {
-        // Whatever ran the tests may have ignored or blocked some.
+        // The parent process may have ignored or blocked some.
         for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE})
             std::signal(signal, SIG_DFL);
         sigset_t none;
@@ -135,7 +135,7 @@ std::string read_all(int descriptor)
     return result;
 }
 
-/// What a sanitizer was told from outside, ready for one option more.
+/// The options of a sanitizer so far, ready for one more.
 std::string options_before(const char* name)
 {
     const char* options = getenv(name);
@@ -192,7 +192,7 @@ Environment fault(const std::string& call, int error, int nth)
         {"LD_PRELOAD", FAULTS_LIBRARY},
         {"CORVANE_TEST_FAULT", call + ' ' + std::to_string(nth) + ' ' + std::to_string(error)},
         {"ASAN_OPTIONS", options_before("ASAN_OPTIONS") + "verify_asan_link_order=0"},
-        // Looking up the real call is not fit for a signal handler, but works.
+        // Looking up the real call is not async-signal-safe, but works.
         {"TSAN_OPTIONS", options_before("TSAN_OPTIONS") + "report_signal_unsafe=0"},
     };
 }
@@ -214,15 +214,15 @@ std::uint64_t signal_set(const std::vector<int>& signals)
 Dispositions dispositions_of(pid_t pid)
 {
     const std::uint64_t real_time = ~std::uint64_t{0} << 31;
-    const std::uint64_t unlooked = real_time
+    const std::uint64_t not_compared = real_time
         | signal_set({SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP});
     std::istringstream lines(process_file(pid, "status"));
     Dispositions result;
     for (std::string line; std::getline(lines, line);) {
         if (line.starts_with("SigIgn:"))
-            result.ignored = std::stoull(line.substr(7), nullptr, 16) & ~unlooked;
+            result.ignored = std::stoull(line.substr(7), nullptr, 16) & ~not_compared;
         if (line.starts_with("SigCgt:"))
-            result.caught = std::stoull(line.substr(7), nullptr, 16) & ~unlooked;
+            result.caught = std::stoull(line.substr(7), nullptr, 16) & ~not_compared;
     }
     return result;
 }
@@ -238,7 +238,7 @@ void wait_until(const std::string& what, const std::function<bool()>& condition)
     const auto deadline = std::chrono::steady_clock::now() + patience;
     while (!condition()) {
         if (std::chrono::steady_clock::now() > deadline)
-            throw std::runtime_error("waited in vain until " + what);
+            throw std::runtime_error("timed out waiting until " + what);
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 }
@@ -267,7 +267,7 @@ Outcome run(const std::vector<std::string>& arguments, const Environment& enviro
     in.close_end(0);
     out.close_end(1);
     err.close_end(1);
-    // A program that does not read its input may be gone before it is written.
+    // A program that does not read its input may end before it is written.
     signal(SIGPIPE, SIG_IGN);
     [[maybe_unused]] const ssize_t written = write(in.ends[1], input.data(), input.size());
     in.close_end(1);
@@ -400,7 +400,7 @@ void Terminal::wait_until_stopped() const
 Outcome Terminal::finish(const std::vector<Question>& questions)
 {
     auto next = questions.begin();
-    // The terminal stays open on our side, so the end of the program is asked for, not read.
+    // This process keeps the terminal open, so no end of file shows that the program has ended.
     wait_until("the program has ended", [&] {
         read_some(questions.empty() ? 10 : 1);
         if (next != questions.end() && screen_.find(next->prompt) != std::string::npos

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-/// Runs the built corvane-wifi as a user would: with pipes, or at a terminal. The environment
+/// Runs the built corvane-wifi as a user does: with pipes or at a terminal. The environment
 /// variable CORVANE_TEST_PROGRAM names another file to run instead, such as a static binary.
 
 #pragma once
@@ -23,7 +23,7 @@ struct Outcome {
     int status = 0;
     std::string out;
     std::string err = {};
-    std::vector<std::string> left = {}; ///< Temporary socket files that the process left behind.
+    std::vector<std::string> left = {}; ///< Temporary socket files that the process left.
 
     bool operator==(const Outcome&) const = default;
 };
@@ -39,15 +39,15 @@ std::string on_screen(const std::string& text);
 /// connections, LC_ALL=C, and what `more` sets on top.
 Environment environment_for(const std::string& socket, const Environment& more = {});
 
-/// Called in the new process just before it becomes the program, where only async-signal-safe
-/// functions may be used.
+/// Called in the new process just before it becomes the program. Only async-signal-safe functions
+/// may be used there.
 using Preparation = void (*)();
 
 /// The socket file that the calling process uses for its nth request, from 0. For a Preparation.
 const char* own_socket_path(int nth);
 
-/// Runs the program to its end with `input` on a pipe as standard input. With `tracer`, the words
-/// of a command that makes way for the program, it is that command's to watch.
+/// Runs the program to its end with `input` on a pipe as standard input. With `tracer`, that
+/// command becomes the program and leaves a child to trace it, as strace -D does.
 Outcome run(const std::vector<std::string>& arguments, const Environment& environment,
             const std::string& input = {}, Preparation prepare = nullptr,
             const std::vector<std::string>& tracer = {});
@@ -56,7 +56,7 @@ Outcome run(const std::vector<std::string>& arguments, const Environment& enviro
 /// cuts send() short; one of -N raises signal N before the call.
 Environment fault(const std::string& call, int error, int nth = 1);
 
-/// Signals of a process, signal n as the bit n - 1, without those that sanitizers take.
+/// Signals of a process, signal n as the bit n - 1, without those that sanitizers use.
 struct Dispositions {
     std::uint64_t ignored = 0;
     std::uint64_t caught = 0;
@@ -68,10 +68,10 @@ std::ostream& operator<<(std::ostream& stream, const Dispositions& dispositions)
 Dispositions dispositions_of(pid_t pid);
 std::uint64_t signal_set(const std::vector<int>& numbers);
 
-/// What stands in /proc/PID/`name`.
+/// The contents of /proc/PID/`name`.
 std::string process_file(pid_t pid, const std::string& name);
 
-/// Waits until `condition` holds. Throws after 30 s without, naming `what`.
+/// Waits until `condition` is true. After 30 s, throws an error that names `what`.
 void wait_until(const std::string& what, const std::function<bool()>& condition);
 
 bool operator==(const termios& left, const termios& right);
@@ -97,22 +97,21 @@ public:
     termios settings() const; ///< As they are now.
     void set(const termios& settings);
     bool echoes() const;
-    std::string unread() const; ///< Takes the line that waits for a reader, if any.
+    std::string unread() const; ///< Removes and returns the line that waits for a reader, if any.
 
     void type(const std::string& keys);
-    /// Reads until the screen ends in `text`, or holds it. Throws after 30 s without.
+    /// Reads until the screen contains `text`. Throws after 30 s.
     void wait_for(const std::string& text);
-    /// Waits until echo is as asked. Throws after 30 s.
+    /// Waits until echo is on or off. Throws after 30 s.
     void wait_for_echo(bool on);
-    /// Waits until a whole line waits for a reader: it takes its time. Throws after 30 s.
+    /// Waits until a whole line waits for a reader. Throws after 30 s.
     void wait_until_typed() const;
     /// Waits until the program sleeps in a read of its standard input. Throws after 30 s.
     void wait_until_reading() const;
     /// Waits until SIGSTOP has taken effect. Throws after 30 s.
     void wait_until_stopped() const;
-    /// Waits for the end: the screen in `out` with "\r\n" line ends, `err` empty.
-    /// Throws after 30 s without. Meanwhile types the answer to each question that comes up, in
-    /// their order, once the foreground process reads it.
+    /// Waits for the end: the screen in `out` with "\r\n" line ends, `err` empty. Throws after 30
+    /// s. Types the answer to each question in turn, once the foreground process reads it.
     Outcome finish(const std::vector<Question>& questions = {});
 
 private:
