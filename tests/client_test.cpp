@@ -303,7 +303,7 @@ TEST_F(Transport, SaysWhyItCannotSend)
               "Could not send Wi-Fi command: Message too long");
 }
 
-TEST_F(Transport, WaitsAsLongAsItIsTold)
+TEST_F(Transport, WaitsForTheGivenTime)
 {
     supplicant.on("PING", {late_reply(1500ms, "late\n")});
     const auto duration = duration_of(

@@ -18,6 +18,7 @@
 #include <csignal>
 #include <filesystem>
 #include <future>
+#include <map>
 
 using testing::ElementsAre;
 using namespace std::chrono_literals;
@@ -242,17 +243,9 @@ std::vector<Case> password_cases()
     };
 }
 
-std::vector<Case> pick_cases()
+std::vector<Case> pick_number_cases()
 {
-    const Arguments pick = {"pick"};
-    const Outcome already = picked("Already connected.");
-    const Outcome bad_number = not_picked("Invalid network number.");
-    const Requests join = scan_listing + join_home2();
-    const std::string placeholders = "%1 100%2 %%L1";
-    Script saved_placeholders = then_connected(placeholders, 4);
-    saved_placeholders.merge(replies("SCAN_RESULTS", scan_results("")));
-    saved_placeholders.merge(
-        replies("LIST_NETWORKS", profile_list("4\t" + placeholders + "\tany\t\n")));
+    const std::string invalid = "Invalid network number.";
     std::string rows;
     std::string long_table;
     for (int i = 1; i <= 12; ++i) {
@@ -262,25 +255,37 @@ std::vector<Case> pick_cases()
     }
     Script twelve_networks = replies("SCAN_RESULTS", scan_results(rows));
     twelve_networks.merge(no_networks());
+    std::vector<Case> cases = {row("PickFromNothing", {"pick"}, failure(invalid, "", number_prompt),
+                                   scan_listing, "1\n", no_networks()),
+                               row("PickBeyondALongTable", {"pick"},
+                                   failure(invalid, long_table, number_prompt), scan_listing,
+                                   "13\n", twelve_networks)};
+    const std::map<std::string, std::string> inputs = {
+        {"Zero", "0"},           {"ANegative", "-1"},
+        {"AWord", "abc"},        {"ANumberWithATail", "1x"},
+        {"AHexadecimal", "0x1"}, {"AnEmptyLine", ""},
+        {"OneTooMany", "7"},     {"FarTooMany", "4294967297"}};
+    for (const auto& [name, input] : inputs)
+        cases.push_back(
+            row("Pick" + name, {"pick"}, not_picked(invalid), scan_listing, input + "\n"));
+    return cases;
+}
+
+std::vector<Case> pick_cases()
+{
+    const Arguments pick = {"pick"};
+    const Outcome already = picked("Already connected.");
+    const Requests join = scan_listing + join_home2();
+    const std::string placeholders = "%1 100%2 %%L1";
+    Script saved_placeholders = then_connected(placeholders, 4);
+    saved_placeholders.merge(replies("SCAN_RESULTS", scan_results("")));
+    saved_placeholders.merge(
+        replies("LIST_NETWORKS", profile_list("4\t" + placeholders + "\tany\t\n")));
     return {
         row("PickTakesNoArguments", {"pick", "1"}, failure("pick takes no arguments.")),
         row("PickOneIsTheFirstLine", pick, already, scan_listing, "1\n"),
         row("PickPrintsTheTableInJsonModeToo", {"--json", "pick"}, already, scan_listing, "1\n"),
-        row("PickPrintsALongTableToo", pick,
-            failure("Invalid network number.", long_table, number_prompt), scan_listing, "13\n",
-            twelve_networks),
         row("PickScansInCachedModeToo", {"pick", "--cached"}, already, scan_listing, "1"),
-        row("PickZeroIsNoNumber", pick, bad_number, scan_listing, "0\n"),
-        row("PickANegativeIsNoNumber", pick, bad_number, scan_listing, "-1\n"),
-        row("PickAWordIsNoNumber", pick, bad_number, scan_listing, "abc\n"),
-        row("PickWithATailIsNoNumber", pick, bad_number, scan_listing, "1x\n"),
-        row("PickAHexadecimalIsNoNumber", pick, bad_number, scan_listing, "0x1\n"),
-        row("PickAnEmptyLineIsNoNumber", pick, bad_number, scan_listing, "\n"),
-        row("PickOneTooManyIsNoNumber", pick, bad_number, scan_listing, "7\n"),
-        row("PickFarTooManyIsNoNumber", pick, bad_number, scan_listing, "4294967297\n"),
-        row("PickFromNothingHasNoNumber", pick,
-            failure("Invalid network number.", "", number_prompt), scan_listing, "1\n",
-            no_networks()),
         row("PickWithoutInputIsReported", pick, not_picked(not_read), scan_listing),
         row("PickASavedNetworkSelectsIt", pick, picked("Connected to Mixed."),
             scan_listing + select_saved(2), "2\n", then_connected("Mixed", 2)),
@@ -358,6 +363,7 @@ INSTANTIATE_TEST_SUITE_P(Syntax, Command, testing::ValuesIn(syntax_cases()), by_
 INSTANTIATE_TEST_SUITE_P(List, Command, testing::ValuesIn(list_cases()), by_name);
 INSTANTIATE_TEST_SUITE_P(Connect, Command, testing::ValuesIn(connect_cases()), by_name);
 INSTANTIATE_TEST_SUITE_P(Password, Command, testing::ValuesIn(password_cases()), by_name);
+INSTANTIATE_TEST_SUITE_P(PickInvalid, Command, testing::ValuesIn(pick_number_cases()), by_name);
 INSTANTIATE_TEST_SUITE_P(Pick, Command, testing::ValuesIn(pick_cases()), by_name);
 INSTANTIATE_TEST_SUITE_P(Leave, Command, testing::ValuesIn(disconnect_and_forget_cases()), by_name);
 

@@ -107,7 +107,7 @@ TEST(HiddenEntry, DropsWhatWasTypedAfterThePassword)
     EXPECT_EQ(pick.unread(), "");
 }
 
-TEST(HiddenEntry, TakesAnEmptyLineForAnEmptyPassword)
+TEST(HiddenEntry, TreatsAnEmptyLineAsAnEmptyPassword)
 {
     Pick pick;
     pick.choose_home2_and_hide();
