@@ -69,6 +69,7 @@ end 10.66.0.90
 interface br0
 lease_file /run/udhcpd.leases
 option subnet 255.255.255.0
+option dns 10.66.0.1
 END
 touch /run/udhcpd.leases
 in_air busybox udhcpd /run/udhcpd.conf 2>/dev/null
