@@ -152,6 +152,8 @@ try:
     print_native_tables()
     print_arm_table()
     print_in_process_table()
+except subprocess.CalledProcessError as error:
+    sys.exit(error.stderr or error)
 finally:
     server.kill()
     shutil.rmtree(WORK)
