@@ -57,8 +57,9 @@ Request ManualSupplicant::receive(int timeout_ms) const
 int ManualSupplicant::send(const std::string& to, const std::string& bytes) const
 {
     const UnixAddress address(to);
-    return sendto(socket_, bytes.data(), bytes.size(), 0, address.get(), address.size) < 0 ? errno
-                                                                                           : 0;
+    const ssize_t sent = sendto(socket_, bytes.data(), bytes.size(), 0, address.get(),
+                                UnixAddress::size);
+    return sent < 0 ? errno : 0;
 }
 
 void ManualSupplicant::stop() const
@@ -114,8 +115,8 @@ Script no_networks()
             {"LIST_NETWORKS", {reply(profile_list(""))}}};
 }
 
-FakeSupplicant::FakeSupplicant(const Script& changes)
-    : answers_(changes)
+FakeSupplicant::FakeSupplicant(Script changes)
+    : answers_(std::move(changes))
 {
     answers_.merge(Script{
         {"SCAN", {reply("OK\n")}},

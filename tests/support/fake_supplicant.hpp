@@ -76,7 +76,7 @@ Script no_networks(); ///< Neither scanned nor saved.
 /// whatever changes something, and is connected to Home2 as profile 3 from the second STATUS on.
 class FakeSupplicant : private ManualSupplicant {
 public:
-    explicit FakeSupplicant(const Script& changes = {});
+    explicit FakeSupplicant(Script changes = {});
     ~FakeSupplicant();
 
     /// Sets the answers to requests that equal `words` or start with `words` and a space; the
