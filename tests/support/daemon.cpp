@@ -19,7 +19,6 @@
 #include <chrono>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
@@ -167,8 +166,11 @@ std::string Daemon::config_path() const
 std::string Daemon::config() const
 {
     // Some releases write this line into each profile, others cannot read it.
-    static const std::regex line("\tmesh_fwding=1\n");
-    return std::regex_replace(contents(config_path()), line, "");
+    const std::string line = "\tmesh_fwding=1\n";
+    std::string config = contents(config_path());
+    for (size_t at = config.find(line); at != std::string::npos; at = config.find(line))
+        config.erase(at, line.size());
+    return config;
 }
 
 std::string Daemon::saved() const
