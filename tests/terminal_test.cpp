@@ -5,8 +5,12 @@
 
 #include "support/pick.hpp"
 #include "support/rows.hpp"
+#include "support/temporary_folder.hpp"
 
 #include <gmock/gmock.h>
+
+#include <fstream>
+#include <sstream>
 
 using testing::EndsWith;
 
@@ -114,6 +118,19 @@ TEST(HiddenEntry, TreatsAnEmptyLineAsAnEmptyPassword)
     pick.type("\n");
     EXPECT_EQ(pick.finish(), error_at_password("A WPA password must contain 8 to 63 UTF-8 bytes."));
     EXPECT_EQ(pick.settings(), pick.before);
+}
+
+TEST(HiddenEntry, KeepsStandardOutputToTheTableAndTheResult)
+{
+    const FakeSupplicant supplicant;
+    const TemporaryFolder folder;
+    const std::string file = folder.path() + "/out";
+    Terminal terminal({"pick"}, environment_for(supplicant.path()), nullptr,
+                      {"/bin/sh", "-c", "exec \"$@\" >" + file, "sh"});
+    terminal.finish({{"Network number: ", "5\n"}, {"Wi-Fi password: ", "home2-password\n"}});
+    std::ostringstream out;
+    out << std::ifstream(file).rdbuf();
+    EXPECT_EQ(out.str(), network_table + "Connected to Home2.\n");
 }
 
 TEST(HiddenEntry, ReportsTheEndOfInput)
