@@ -197,7 +197,9 @@ QByteArray Client::command(const QByteArray& request, int timeout_ms) const
     if (chmod(local.constData(), S_IRUSR | S_IWUSR) != 0) // no other user may send replies
         throw clean_failure(u"Could not protect temporary Wi-Fi control socket: "_s);
     const auto [peer, peer_length] = unix_address(server);
-    if (::connect(descriptor, reinterpret_cast<const sockaddr*>(&peer), peer_length) != 0)
+    errno = ECONNREFUSED; // an empty path is an abstract address, which any user can bind (unix(7))
+    if (server.isEmpty()
+        || ::connect(descriptor, reinterpret_cast<const sockaddr*>(&peer), peer_length) != 0)
         throw clean_failure(u"Could not connect to wpa_supplicant: "_s);
     if (send(descriptor, request.constData(), static_cast<size_t>(request.size()), 0)
         != request.size())
@@ -267,7 +269,7 @@ void Client::connect_new(const QString& ssid, Security security, const QString& 
     const auto confirm = [this](const QByteArray& request, const char* operation) {
         require_ok(command(request, reply_timeout_ms), operation);
     };
-    try { // inside, running out of memory removes the profile, too
+    try { // allocate inside: then running out of memory removes the profile, too
         const QByteArray profile = QByteArray::number(id);
         const QByteArray set = "SET_NETWORK " + profile;
         confirm(set + " ssid " + encode_ssid(ssid), "set Wi-Fi network name");

@@ -82,10 +82,11 @@ public:
 
     /// Returns the networks in range and the saved profiles, one record per name: the current
     /// network first, then the saved ones, then the others, each group with the strongest first.
-    /// A network that hides its name is included only if it is saved.
+    /// A network that sends an empty name is included only if it is saved; one that sends NUL bytes
+    /// instead of its name appears as `\x00\x00...`.
     ///
     /// With `scan`, sends SCAN and sleeps for CORVANE_WIFI_SCAN_DELAY_MS milliseconds (1400 if
-    /// unset, negative or not a number). If a scan is already running (FAIL-BUSY), uses that one.
+    /// unset or not an int of 0 or more). If a scan is already running (FAIL-BUSY), uses that one.
     /// Without `scan`, uses the results of the last one. Then sends SCAN_RESULTS, LIST_NETWORKS and
     /// STATUS. Right after wpa_supplicant starts, the list may still be empty.
     ///
@@ -95,7 +96,7 @@ public:
     /// Switches to the saved profile `id` and waits until `ssid` is connected. Writes nothing.
     ///
     /// Sends SELECT_NETWORK, then STATUS every 400 ms. CORVANE_WIFI_CONNECT_TIMEOUT_MS replaces
-    /// `timeout_ms` if it is a number of 0 or more. With a time-out of 0 or less, does not wait and
+    /// `timeout_ms` if it is an int of 0 or more. With a time-out of 0 or less, does not wait and
     /// assumes success.
     ///
     /// Throws if `id` is negative, if the selection is refused, on time-out, and as command() does.
