@@ -3,7 +3,7 @@
 include(CMakePackageConfigHelpers)
 
 set(CORVANE_ZSH_COMPLETIONS ${CMAKE_INSTALL_DATADIR}/zsh/site-functions
-    CACHE STRING "Where zsh looks; vendor-completions in a package of Debian's kind")
+    CACHE STRING "Folder for the zsh completion; Debian packages use vendor-completions")
 
 install(TARGETS corvane-wifi COMPONENT program)
 install(FILES man/corvane-wifi.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
@@ -29,8 +29,8 @@ install(EXPORT cvn-wifi NAMESPACE cvn:: FILE cvn-wifi-targets.cmake
 install(FILES include/cvn/wifi.hpp
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/cvn COMPONENT development)
 
-# The prefix may be chosen as late as by cmake --install: it is found from where the file is, unless
-# the file has an absolute place.
+# The prefix may be set only at `cmake --install`, so it is derived from the file's location, unless
+# the library directory is absolute.
 if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
   set(pc_prefix "${CMAKE_INSTALL_PREFIX}")
 else()
