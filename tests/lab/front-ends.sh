@@ -1,5 +1,5 @@
-# shellcheck shell=sh disable=SC2154 # $conf
 # SPDX-License-Identifier: MIT
+# shellcheck shell=sh disable=SC2154 # from library.sh
 
 shows() { [ "$(tail -n 1 /tmp/bar | jq -r '.text + " " + .class')" = "$1" ]; }
 
