@@ -12,7 +12,7 @@ says "WPA2-PSK+SAE connects" 0 "Connected to Mixed."
 same "with the pre-shared key" WPA2-PSK "$(ask status | sed -n 's/^key_mgmt=//p')"
 join "Corner Shop" corner-password
 says "a name with a blank connects" 0 "Connected to Corner Shop."
-check "and is on line before long" wait_for reaches_access_point
+check "and is soon online" wait_for reaches_access_point
 same "the file holds each of them once" "	ssid=\"Home2\"
 	psk=\"home2-password\"
 	ssid=\"Mixed\"
