@@ -20,8 +20,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <limits>
 #include <map>
 #include <sstream>
@@ -153,8 +151,7 @@ std::string complete_trace(const std::string& log)
 {
     std::string trace;
     wait_until("the trace is complete", [&] {
-        std::ifstream file(log);
-        trace.assign(std::istreambuf_iterator<char>(file), {});
+        trace = contents(log);
         return trace.find("+++ ") != std::string::npos;
     });
     return trace;

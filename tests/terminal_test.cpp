@@ -9,9 +9,6 @@
 
 #include <gmock/gmock.h>
 
-#include <fstream>
-#include <sstream>
-
 using testing::EndsWith;
 
 struct Ending {
@@ -128,9 +125,7 @@ TEST(HiddenEntry, KeepsStandardOutputToTheTableAndTheResult)
     Terminal terminal({"pick"}, environment_for(supplicant.path()), nullptr,
                       {"/bin/sh", "-c", "exec \"$@\" >" + file, "sh"});
     terminal.finish({{"Network number: ", "5\n"}, {"Wi-Fi password: ", "home2-password\n"}});
-    std::ostringstream out;
-    out << std::ifstream(file).rdbuf();
-    EXPECT_EQ(out.str(), network_table + "Connected to Home2.\n");
+    EXPECT_EQ(contents(file), network_table + "Connected to Home2.\n");
 }
 
 TEST(HiddenEntry, ReportsTheEndOfInput)

@@ -3,6 +3,7 @@
 
 #include "support/daemon.hpp"
 
+#include "support/program.hpp"
 #include "support/unix_address.hpp"
 
 #include <gtest/gtest.h>
@@ -18,7 +19,6 @@
 #include <cerrno>
 #include <chrono>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
@@ -28,12 +28,6 @@ namespace {
 using Words = std::vector<std::string>;
 
 constexpr std::chrono::seconds patience(30);
-
-std::string contents(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// `command` where it can do no harm: at its end wpa_supplicant takes its interface down. Every
 /// step replaces the process before it, so the process that is started is the one to end.

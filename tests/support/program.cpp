@@ -227,10 +227,15 @@ Dispositions dispositions_of(pid_t pid)
     return result;
 }
 
+std::string contents(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 std::string process_file(pid_t pid, const std::string& name)
 {
-    std::ifstream file("/proc/" + std::to_string(pid) + '/' + name);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return contents("/proc/" + std::to_string(pid) + '/' + name);
 }
 
 void wait_until(const std::string& what, const std::function<bool()>& condition)

@@ -68,6 +68,8 @@ std::ostream& operator<<(std::ostream& stream, const Dispositions& dispositions)
 Dispositions dispositions_of(pid_t pid);
 std::uint64_t signal_set(const std::vector<int>& numbers);
 
+/// The whole file; empty if it cannot be read.
+std::string contents(const std::string& path);
 /// The contents of /proc/PID/`name`.
 std::string process_file(pid_t pid, const std::string& name);
 
