@@ -152,7 +152,7 @@ void print_success(const QString& sentence, bool as_json)
         std::cout << sentence << '\n';
 }
 
-QJsonObject json(const Network& item, QJsonObject object)
+void fill(QJsonObject& object, const Network& item)
 {
     object.insert("ssid"_L1, item.ssid);
     object.insert("bssid"_L1, item.bssid);
@@ -163,6 +163,18 @@ QJsonObject json(const Network& item, QJsonObject object)
     object.insert("saved"_L1, item.saved_id >= 0);
     object.insert("saved_id"_L1, item.saved_id);
     object.insert("current"_L1, item.current);
+}
+
+QJsonObject json(const Network& item)
+{
+    // Inserting the keys is slow: every row starts as a copy of an object that has them.
+    static const QJsonObject keys = [] {
+        QJsonObject object;
+        fill(object, Network());
+        return object;
+    }();
+    QJsonObject object = keys;
+    fill(object, item);
     return object;
 }
 
@@ -174,11 +186,9 @@ void print_json(const QJsonDocument& document)
 void print_networks(const std::vector<Network>& items, bool as_json)
 {
     if (as_json) {
-        // Inserting the keys is slow: every row starts as a copy of an object that has them.
-        const QJsonObject keys = json(Network(), QJsonObject());
         QJsonArray array;
         for (const Network& item : items)
-            array.append(json(item, keys));
+            array.append(json(item));
         print_json(QJsonDocument(array));
         return;
     }
@@ -245,7 +255,7 @@ void run_pick(const Client& client, const QStringList& operands, const Switches&
             password = input_line(u"Wi-Fi password: "_s, true);
         client.connect_new(item.ssid, item.security, password, connect_timeout_ms);
     }
-    print_success(u"Connected to "_s + item.ssid + '.', false);
+    print_success(u"Connected to "_s + item.ssid + u'.', false);
 }
 
 const Network& find_network(const std::vector<Network>& items, const QString& ssid)
@@ -274,7 +284,7 @@ void run_connect(const Client& client, const QStringList& operands, const Switch
         throw std::runtime_error("Use --password-stdin so the password does not enter shell "
                                  "history, or --open for an open network.");
     }
-    print_success(u"Connected to "_s + ssid + '.', switches.as_json);
+    print_success(u"Connected to "_s + ssid + u'.', switches.as_json);
 }
 
 void run_disconnect(const Client& client, const QStringList& operands, const Switches& switches)
@@ -291,7 +301,7 @@ void run_forget(const Client& client, const QStringList& operands, const Switche
         throw std::runtime_error("Forgetting writes the saved Wi-Fi file. Use: corvane-wifi "
                                  "forget --yes SSID");
     client.forget(operands.first());
-    print_success(u"Forgot "_s + operands.first() + '.', switches.as_json);
+    print_success(u"Forgot "_s + operands.first() + u'.', switches.as_json);
 }
 
 /// Qt aborts after a fatal message, so this line is all the user learns.

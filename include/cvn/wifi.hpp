@@ -66,12 +66,14 @@ public:
     /// carriage returns and line feeds. The reply may be empty, or an error ("FAIL").
     ///
     /// `timeout_ms` is passed to poll(2) unchanged: 0 does not wait, a negative value waits
-    /// forever. Sending blocks, without a time-out, while wpa_supplicant's receive queue is full
-    /// (unix(7)). Replies are truncated to 65536 bytes; wpa_supplicant's are shorter than 4096.
+    /// forever. A signal handler of the caller that interrupts the wait ends it as a time-out.
+    /// Sending blocks, without a time-out, while wpa_supplicant's receive queue is full (unix(7)).
+    /// Replies are truncated to 65536 bytes; wpa_supplicant's are shorter than 4096.
     ///
     /// wpa_supplicant replies to the sender's address (unix(7)), so each call binds a new socket
     /// file, /tmp/corvane-wpa-PID-N with mode 0600, and removes it before it returns or throws.
-    /// The file stays if the process is killed during the call or runs out of memory.
+    /// The file stays if the process is killed during the call or runs out of memory, which also
+    /// leaves the socket's descriptor open.
     ///
     /// Throws if the request is empty or contains NUL, LF or CR, if the path is 108 bytes or
     /// longer, if a system call fails (the message ends with its error text), and on time-out.
