@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-/// The behaviour of wpa_supplicant that the program relies on. The simulator must show it, too.
+// The behaviour of wpa_supplicant that the program relies on, which the simulator must show, too.
 
 #include "support/daemon.hpp"
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -33,7 +35,7 @@ void expect(const Daemon& daemon, const std::vector<Exchange>& exchanges)
 }
 
 /// The reply to LIST_NETWORKS: a line per profile, with '|' for a tab.
-std::string listing(const std::vector<std::string>& lines)
+std::string profile_table(const std::vector<std::string>& lines)
 {
     std::string text = "network id / ssid / bssid / flags\n";
     for (std::string line : lines) {
@@ -52,7 +54,7 @@ const std::string status_end = "(p2p_device_address=" + mac + "\n)?address=" + m
 const std::string cafe = profile("\"Cafe\"", "key_mgmt=NONE", true);
 const std::string home = profile("\"Home\"", "psk=\"home-password\"", true);
 const std::string nord = profile("436166c3a9206475204e6f7264", "key_mgmt=NONE", true);
-const std::string no_profiles = listing({});
+const std::string no_profiles = profile_table({});
 
 class Contract : public testing::TestWithParam<Kind> {
 protected:
@@ -109,7 +111,7 @@ TEST_P(Contract, NumbersNewProfilesFromTheHighestId)
             {"REMOVE_NETWORK 1", "OK\n"},
             {"ADD_NETWORK", "3\n"},
             {"LIST_NETWORKS",
-             listing({"0||any|[DISABLED]", "2||any|[DISABLED]", "3||any|[DISABLED]"})},
+             profile_table({"0||any|[DISABLED]", "2||any|[DISABLED]", "3||any|[DISABLED]"})},
             {"REMOVE_NETWORK 2", "OK\n"},
             {"ADD_NETWORK", "4\n"},
             {"REMOVE_NETWORK 4", "OK\n"},
@@ -128,7 +130,7 @@ TEST_P(Contract, RefusesAnUnknownId)
          {"SET_NETWORK 7 ssid \"x\"", "REMOVE_NETWORK 99", "REMOVE_NETWORK -1", "ENABLE_NETWORK 99",
           "SELECT_NETWORK 99", "SELECT_NETWORK -1"})
         EXPECT_EQ(daemon.ask(request), "FAIL\n") << request;
-    EXPECT_EQ(daemon.ask("LIST_NETWORKS"), listing({"0|Cafe|any|[DISABLED]"}));
+    EXPECT_EQ(daemon.ask("LIST_NETWORKS"), profile_table({"0|Cafe|any|[DISABLED]"}));
 }
 
 struct Setting {
@@ -159,7 +161,7 @@ TEST_P(Contract, AcceptsNamesQuotedOrInHexadecimalAndListsThemEscaped)
     for (const Setting& setting : settings) {
         expect(daemon,
                {{"SET_NETWORK 0 ssid " + setting.value, "OK\n"},
-                {"LIST_NETWORKS", listing({"0|" + setting.listed + "|any|[DISABLED]"})},
+                {"LIST_NETWORKS", profile_table({"0|" + setting.listed + "|any|[DISABLED]"})},
                 {"SAVE_CONFIG", "OK\n"}});
         EXPECT_EQ(daemon.saved(), profile(setting.stored, "key_mgmt=NONE", true));
     }
@@ -174,7 +176,7 @@ TEST_P(Contract, RefusesInvalidNamesAndKeepsTheOldOne)
           " 787878787878787878787878787878787878787878787878787878787878787878"})
         expect(daemon,
                {{std::string("SET_NETWORK 0 ssid") + value, "FAIL\n"},
-                {"LIST_NETWORKS", listing({"0|Cafe|any|[DISABLED]"})}});
+                {"LIST_NETWORKS", profile_table({"0|Cafe|any|[DISABLED]"})}});
 }
 
 TEST_P(Contract, StoresPasswordsAsTheyAreBetweenTheQuotes)
@@ -217,8 +219,8 @@ TEST_P(Contract, DisablesTheOtherProfilesWhenOneIsSelected)
     const Daemon daemon(GetParam(), {.profiles = cafe + home + nord});
     const auto flags = [](const std::string& first, const std::string& second,
                           const std::string& third) {
-        return listing({"0|Cafe|any|" + first, "1|Home|any|" + second,
-                        R"(2|Caf\xc3\xa9 du Nord|any|)" + third});
+        return profile_table({"0|Cafe|any|" + first, "1|Home|any|" + second,
+                              R"(2|Caf\xc3\xa9 du Nord|any|)" + third});
     };
     expect(daemon,
            {{"LIST_NETWORKS", flags("[DISABLED]", "[DISABLED]", "[DISABLED]")},
@@ -268,7 +270,7 @@ TEST_P(Contract, RefusesToSaveIfTheFileForbidsIt)
     expect(daemon,
            {{"REMOVE_NETWORK 0", "OK\n"},
             {"SAVE_CONFIG", "FAIL\n"},
-            {"LIST_NETWORKS", listing({"1|Home|any|[DISABLED]"})}});
+            {"LIST_NETWORKS", profile_table({"1|Home|any|[DISABLED]"})}});
     EXPECT_EQ(daemon.config(), before);
 }
 
@@ -288,10 +290,10 @@ TEST_P(Contract, EndsAReplyAfterTheLastLineThatFitsIn4095Bytes)
             + profile('"' + last + '"', "key_mgmt=NONE", true);
         return Daemon(GetParam(), {.profiles = profiles_and_one_more}).ask("LIST_NETWORKS");
     };
-    EXPECT_EQ(reply(too_long), listing(lines));
+    EXPECT_EQ(reply(too_long), profile_table(lines));
     lines.push_back("79|" + fitting + "|any|[DISABLED]");
-    EXPECT_EQ(reply(fitting), listing(lines));
-    EXPECT_EQ(listing(lines).size(), 4095U);
+    EXPECT_EQ(reply(fitting), profile_table(lines));
+    EXPECT_EQ(profile_table(lines).size(), 4095U);
 }
 
 /// The real one is connected by cable here: at once, without a channel or a radio mode.
@@ -308,13 +310,25 @@ TEST_P(Contract, CompletesAnOpenProfile)
                                "key_mgmt=NONE\nwpa_state=COMPLETED\nip_address=10.66.2.48\n"
                              + status_end));
     expect(daemon,
-           {{"LIST_NETWORKS", listing({"0|Home|any|[DISABLED]", "1|Cafe|any|[CURRENT]"})},
+           {{"LIST_NETWORKS", profile_table({"0|Home|any|[DISABLED]", "1|Cafe|any|[CURRENT]"})},
             {"SELECT_NETWORK 1", "OK\n"}, // again: the connection stays up
             {"STATUS", testing::HasSubstr("\nwpa_state=COMPLETED\n")},
             {"REMOVE_NETWORK 1", "OK\n"},
-            {"LIST_NETWORKS", listing({"0|Home|any|[DISABLED]"})},
+            {"LIST_NETWORKS", profile_table({"0|Home|any|[DISABLED]"})},
             // INACTIVE with a radio
             {"STATUS", testing::ContainsRegex("^wpa_state=(DISCONNECTED|INACTIVE)\n")}});
+}
+
+TEST(Simulator, RemovesItsSocketWhenItIsEndedWhileItBinds)
+{
+    if (system("strace -o /dev/null true 2>/dev/null") != 0)
+        GTEST_SKIP() << "strace cannot be run here";
+    const Daemon other(Kind::Simulator, {}); // for its configuration file
+    const std::string path = other.folder() + "/bound";
+    const std::string traced = "exec timeout 30 strace -o /dev/null -e inject=bind:signal=TERM "
+        + Daemon::simulator() + ' ' + path + ' ' + other.config_path();
+    EXPECT_EQ(system(traced.c_str()), 0);
+    EXPECT_FALSE(std::filesystem::exists(path));
 }
 
 } // namespace

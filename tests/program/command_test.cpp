@@ -156,21 +156,21 @@ std::vector<Case> list_cases()
         + json_row("02:00:00:00:02:00", false, 2437, -1, "open", -99, "Caf\u00e9 \\\"\\\\ \u2615")
         + "," + json_row("02:00:00:00:01:00", false, 2412, -1, "open", -100, "Faint") + "]\n";
     return {
-        row("ListScansAndPrintsTheTable", {"list"}, table, scan_listing),
-        row("ListPrintsJson", {"list", "--json"}, success(json), scan_listing),
-        row("ListOfNothingPrintsNothing", {"list"}, success(""), scan_listing, "", no_networks()),
-        row("ListOfNothingIsAnEmptyArray", {"list", "--json"}, success("[]\n"), scan_listing, "",
+        row("ListScansAndPrintsTheTable", {"list"}, table, list_requests),
+        row("ListPrintsJson", {"list", "--json"}, success(json), list_requests),
+        row("ListOfNothingPrintsNothing", {"list"}, success(""), list_requests, "", no_networks()),
+        row("ListOfNothingIsAnEmptyArray", {"list", "--json"}, success("[]\n"), list_requests, "",
             no_networks()),
-        row("ListCachedDoesNotScan", {"list", "--cached"}, table, listing),
-        row("CachedMayComeFirst", {"--cached", "list"}, table, listing),
+        row("ListCachedDoesNotScan", {"list", "--cached"}, table, cached_list_requests),
+        row("CachedMayComeFirst", {"--cached", "list"}, table, cached_list_requests),
         row("ListTakesNoName", {"list", "Home"}, takes_no_name),
         row("AFlagWithAValueIsAnOperand", {"list", "--json=1"}, takes_no_name),
         row("ARefusedScanEndsTheListing", {"list", "--json"},
             failure("Could not start Wi-Fi scan: FAIL"), {"SCAN"}, "", replies("SCAN", "FAIL\n")),
         row("TheTableTellsALevelFromNone", {"list"},
             success("1.   Caf\u00e9 \"\\ \u2615  [open, -99 dBm]\n2.   Faint  [open, saved]\n"),
-            scan_listing, "", levels),
-        row("JsonEscapesNoMoreThanItMust", {"list", "--json"}, success(levels_json), scan_listing,
+            list_requests, "", levels),
+        row("JsonEscapesNoMoreThanItMust", {"list", "--json"}, success(levels_json), list_requests,
             "", levels),
     };
 }
@@ -180,7 +180,7 @@ std::vector<Case> connect_cases()
     const Outcome bad_operands = failure("connect requires one SSID and one security choice.");
     const Outcome not_found = failure("Network was not found. Run corvane-wifi list first.");
     const Outcome home = success("Connected to Home.\n");
-    const Requests select_home = listing + select_saved(0);
+    const Requests select_home = cached_list_requests + select_saved(0);
     const Script to_home = then_connected("Home", 0);
     return {
         row("ConnectNeedsAName", {"connect"}, bad_operands),
@@ -194,24 +194,25 @@ std::vector<Case> connect_cases()
         row("OpenIsIgnoredForASavedNetwork", {"connect", "--open", "Home"}, home, select_home, "",
             to_home),
         row("TheCurrentNetworkIsSelectedAgain", {"connect", "Twins"},
-            success("Connected to Twins.\n"), listing + select_saved(1), "",
+            success("Connected to Twins.\n"), cached_list_requests + select_saved(1), "",
             then_connected("Twins", 1)),
         row("AnUnsavedNetworkNeedsAChoice", {"connect", "Cafe"},
             failure("Use --password-stdin so the password does not enter shell history, or --open "
                     "for an open network."),
-            listing),
-        row("NamesAreCaseSensitive", {"connect", "home"}, not_found, listing),
-        row("NamesAreNotTrimmed", {"connect", "Home "}, not_found, listing),
-        row("AnEmptyNameIsNotFound", {"connect", "--open", ""}, not_found, listing),
+            cached_list_requests),
+        row("NamesAreCaseSensitive", {"connect", "home"}, not_found, cached_list_requests),
+        row("NamesAreNotTrimmed", {"connect", "Home "}, not_found, cached_list_requests),
+        row("AnEmptyNameIsNotFound", {"connect", "--open", ""}, not_found, cached_list_requests),
         row("AnOpenNetworkIsAdded", {"connect", "--open", "Cafe"}, success("Connected to Cafe.\n"),
-            listing + join_cafe, "a password that nobody asked for\n", then_connected("Cafe", 3)),
+            cached_list_requests + join_cafe, "a password that nobody asked for\n",
+            then_connected("Cafe", 3)),
     };
 }
 
 std::vector<Case> password_cases()
 {
     const Arguments home2 = {"connect", "--password-stdin", "Home2"};
-    const Requests join = listing + join_home2();
+    const Requests join = cached_list_requests + join_home2();
     const Requests join_in_vain = Requests(join.begin(), join.end() - 1)
         + Requests{"REMOVE_NETWORK 3"};
     return {
@@ -220,24 +221,26 @@ std::vector<Case> password_cases()
             success(ok_json), join, "home2-password\n"),
         row("TheFlagDecidesOnTheSecurity", {"connect", "--password-stdin", "Office"},
             success("Connected to Office.\n"),
-            listing + add_profile("4f6666696365", "WPA-PSK")
+            cached_list_requests + add_profile("4f6666696365", "WPA-PSK")
                 + Requests{"SET_NETWORK 3 psk \"home2-password\""} + activate_and_save,
             "home2-password\n", then_connected("Office", 3)),
         row("OnlyTheFirstLineIsThePassword", home2, connected, join, "home2-password\nmore\n"),
         row("TheLastLineNeedsNoEnd", home2, connected, join, "home2-password"),
         row("BlanksBelongToThePassword", home2, connected,
-            listing + join_home2("\" pass \tword \""), " pass \tword \n"),
+            cached_list_requests + join_home2("\" pass \tword \""), " pass \tword \n"),
         row("FourTwoByteLettersAreAPassword", home2, connected,
-            listing + join_home2("\"\u00e4\u00f6\u00fc\u00df\""), "\u00e4\u00f6\u00fc\u00df\n"),
+            cached_list_requests + join_home2("\"\u00e4\u00f6\u00fc\u00df\""),
+            "\u00e4\u00f6\u00fc\u00df\n"),
         row("AnEmptyLineIsAnEmptyPassword", home2,
-            failure("A WPA password must contain 8 to 63 UTF-8 bytes."), listing, "\n"),
-        row("NoInputIsReported", home2, failure(not_read), listing),
-        row("ANulReachesTheCheckThatRefusesIt", home2, failure(bad_byte), listing + refuse_password,
-            "pass\0word\n"s),
-        row("ALeadingNulDoesNotEndThePassword", home2, failure(bad_byte), listing + refuse_password,
-            "\0password\n"s),
+            failure("A WPA password must contain 8 to 63 UTF-8 bytes."), cached_list_requests,
+            "\n"),
+        row("NoInputIsReported", home2, failure(not_read), cached_list_requests),
+        row("ANulReachesTheCheckThatRefusesIt", home2, failure(bad_byte),
+            cached_list_requests + refuse_password, "pass\0word\n"s),
+        row("ALeadingNulDoesNotEndThePassword", home2, failure(bad_byte),
+            cached_list_requests + refuse_password, "\0password\n"s),
         row("ACarriageReturnStaysInThePassword", home2, failure(bad_byte),
-            listing + refuse_password, "home2-password\r\n"),
+            cached_list_requests + refuse_password, "home2-password\r\n"),
         row("ANetworkThatDoesNotComeUpIsRemoved", home2, failure("Timed out connecting to Home2."),
             join_in_vain, "home2-password\n", replies("STATUS", idle_status)),
     };
@@ -256,9 +259,9 @@ std::vector<Case> pick_number_cases()
     Script twelve_networks = replies("SCAN_RESULTS", scan_results(rows));
     twelve_networks.merge(no_networks());
     std::vector<Case> cases = {row("PickFromNothing", {"pick"}, failure(invalid, "", number_prompt),
-                                   scan_listing, "1\n", no_networks()),
+                                   list_requests, "1\n", no_networks()),
                                row("PickBeyondALongTable", {"pick"},
-                                   failure(invalid, long_table, number_prompt), scan_listing,
+                                   failure(invalid, long_table, number_prompt), list_requests,
                                    "13\n", twelve_networks)};
     const std::map<std::string, std::string> inputs = {
         {"Zero", "0"},           {"ANegative", "-1"},
@@ -267,7 +270,7 @@ std::vector<Case> pick_number_cases()
         {"OneTooMany", "7"},     {"FarTooMany", "4294967297"}};
     for (const auto& [name, input] : inputs)
         cases.push_back(
-            row("Pick" + name, {"pick"}, not_picked(invalid), scan_listing, input + "\n"));
+            row("Pick" + name, {"pick"}, not_picked(invalid), list_requests, input + "\n"));
     return cases;
 }
 
@@ -275,7 +278,7 @@ std::vector<Case> pick_cases()
 {
     const Arguments pick = {"pick"};
     const Outcome already = picked("Already connected.");
-    const Requests join = scan_listing + join_home2();
+    const Requests join = list_requests + join_home2();
     const std::string placeholders = "%1 100%2 %%L1";
     Script saved_placeholders = then_connected(placeholders, 4);
     saved_placeholders.merge(replies("SCAN_RESULTS", scan_results("")));
@@ -283,31 +286,31 @@ std::vector<Case> pick_cases()
         replies("LIST_NETWORKS", profile_list("4\t" + placeholders + "\tany\t\n")));
     return {
         row("PickTakesNoArguments", {"pick", "1"}, failure("pick takes no arguments.")),
-        row("PickOneIsTheFirstLine", pick, already, scan_listing, "1\n"),
-        row("PickPrintsTheTableInJsonModeToo", {"--json", "pick"}, already, scan_listing, "1\n"),
-        row("PickScansInCachedModeToo", {"pick", "--cached"}, already, scan_listing, "1"),
-        row("PickWithoutInputIsReported", pick, not_picked(not_read), scan_listing),
+        row("PickOneIsTheFirstLine", pick, already, list_requests, "1\n"),
+        row("PickPrintsTheTableInJsonModeToo", {"--json", "pick"}, already, list_requests, "1\n"),
+        row("PickScansInCachedModeToo", {"pick", "--cached"}, already, list_requests, "1"),
+        row("PickWithoutInputIsReported", pick, not_picked(not_read), list_requests),
         row("PickASavedNetworkSelectsIt", pick, picked("Connected to Mixed."),
-            scan_listing + select_saved(2), "2\n", then_connected("Mixed", 2)),
+            list_requests + select_saved(2), "2\n", then_connected("Mixed", 2)),
         row("PickASavedNetworkOutOfRangeSelectsIt", pick, picked("Connected to Home."),
-            scan_listing + select_saved(0), "3\n", then_connected("Home", 0)),
+            list_requests + select_saved(0), "3\n", then_connected("Home", 0)),
         row("PickAnOpenNetworkAsksForNoPassword", pick, picked("Connected to Cafe."),
-            scan_listing + join_cafe, "4\n", then_connected("Cafe", 3)),
+            list_requests + join_cafe, "4\n", then_connected("Cafe", 3)),
         row("PickReadsTwoAnswersFromOnePipe", {"pick", "--json"},
             picked("Connected to Home2.", both_prompts), join, "5\nhome2-password\nmore\n"),
         row("PickTakesAPasswordWithoutALineEnd", pick, picked("Connected to Home2.", both_prompts),
             join, "5\nhome2-password"),
         row("PickRefusesANulInThePassword", pick, not_picked(bad_byte, both_prompts),
-            scan_listing + refuse_password, "5\npass\0word\n"s),
+            list_requests + refuse_password, "5\npass\0word\n"s),
         row("PickWithoutAPasswordIsReported", pick, not_picked(not_read, both_prompts),
-            scan_listing, "5\n"),
+            list_requests, "5\n"),
         row("PickAnUnsupportedNetworkAsksForNoPassword", pick,
-            not_picked("That network uses an unsupported security mode."), scan_listing, "6\n"),
+            not_picked("That network uses an unsupported security mode."), list_requests, "6\n"),
         row("PickPrintsPlaceholdersAsTheyAre", pick,
             success("1.   " + placeholders + "  [unsupported, saved, saved]\nConnected to "
                         + placeholders + ".\n",
                     number_prompt),
-            scan_listing + select_saved(4), "1\n", saved_placeholders),
+            list_requests + select_saved(4), "1\n", saved_placeholders),
     };
 }
 
@@ -408,8 +411,9 @@ TEST(Locale, ChangesNeitherOutputNorNames)
         EXPECT_EQ(run({"forget", "--yes", name + "?"}, environment),
                   failure(name + "? is not a saved network."));
         EXPECT_EQ(supplicant.requests(),
-                  (listing + add_profile("436166c3a920e2989521", "NONE") + activate_and_save
-                   + list_saved + Requests{"REMOVE_NETWORK 4", "SAVE_CONFIG"} + list_saved));
+                  (cached_list_requests + add_profile("436166c3a920e2989521", "NONE")
+                   + activate_and_save + list_saved + Requests{"REMOVE_NETWORK 4", "SAVE_CONFIG"}
+                   + list_saved));
         environment["CORVANE_WPA_SOCKET"] = socket + "/nothing";
         EXPECT_EQ(run({"status"}, environment),
                   failure("Could not connect to wpa_supplicant: Not a directory"));

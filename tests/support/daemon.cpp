@@ -125,7 +125,7 @@ Daemon::Daemon(Kind kind, const Setup& setup)
         << setup.profiles;
     const std::string log = folder() + "/log";
     if (kind == Kind::Simulator)
-        pid_ = start({CORVANE_SIMULATOR, path(), config_path()}, log);
+        pid_ = start({simulator(), path(), config_path()}, log);
     else
         pid_ = start(
             in_namespace(setup.address,
@@ -140,6 +140,11 @@ Daemon::Daemon(Kind kind, const Setup& setup)
 Daemon::~Daemon()
 {
     end();
+}
+
+std::string Daemon::simulator()
+{
+    return CORVANE_SIMULATOR;
 }
 
 std::string Daemon::folder() const
@@ -213,6 +218,12 @@ void Daemon::end(int signal)
     if (pid_ < 0)
         return;
     kill(pid_, signal);
+    const Descriptor process(static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)));
+    pollfd ended{process.number, POLLIN, 0};
+    if (poll(&ended, 1, std::chrono::milliseconds(patience).count()) != 1) {
+        ADD_FAILURE() << "the daemon did not end after signal " << signal;
+        kill(pid_, SIGKILL);
+    }
     while (waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) { }
     pid_ = -1;
 }

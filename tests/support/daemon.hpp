@@ -46,6 +46,8 @@ public:
     Daemon(const Daemon&) = delete;
     Daemon& operator=(const Daemon&) = delete;
 
+    static std::string simulator(); ///< The program.
+
     std::string folder() const; ///< Holds all of the daemon's files; goes away with it.
     std::string path() const;   ///< The control socket.
     std::string config_path() const;
@@ -57,7 +59,8 @@ public:
     /// Asks until the reply holds `text` and returns it; after 30 s, whatever came last.
     std::string wait_for(const std::string& request, const std::string& text) const;
 
-    void end(int signal = SIGTERM); ///< SIGKILL leaves a dead socket behind.
+    /// SIGKILL leaves a dead socket behind. Fails the test if the daemon does not end within 30 s.
+    void end(int signal = SIGTERM);
 
 private:
     TemporaryFolder folder_;

@@ -20,7 +20,7 @@ inline std::string connected_status(const std::string& ssid, int id)
           "uuid=362db47b-a53a-5191-88fb-5458b986b2e4\n";
 }
 
-inline const std::string home2_status = connected_status("Home2", 0);
+inline const std::string home_status = connected_status("Home", 0);
 
 inline std::string scan_results(const std::string& rows)
 {
@@ -37,7 +37,7 @@ inline const std::string scan_table = scan_results(
     "02:00:00:00:0a:00\t2417\t-40\t[WPA2-PSK-CCMP][ESS]\tTwins\n"
     "02:00:00:00:06:00\t2427\t-50\t[WPA2-PSK-CCMP][ESS]\tBob \\\"5G\\\" C:\\\\net\n"
     "02:00:00:00:0c:01\t2432\t-50\t[WPA-PSK-CCMP+TKIP][WPA2-PSK-CCMP+TKIP][ESS]\tBoth\n"
-    "02:00:00:00:02:00\t2437\t-50\t[WPA2-PSK-CCMP][ESS]\tHome2\n"
+    "02:00:00:00:02:00\t2437\t-50\t[WPA2-PSK-CCMP][ESS]\tHome\n"
     "02:00:00:00:09:00\t2452\t-50\t[WPA2-EAP-CCMP][ESS]\tOffice\n"
     "02:00:00:00:0d:05\t2457\t-50\t[WPA2-OWE-CCMP][ESS]\tCloak\n"
     "02:00:00:00:03:00\t2462\t-50\t[WPA2-PSK+SAE-CCMP][ESS]\tMixed\n"
@@ -55,7 +55,7 @@ inline const std::string scan_table = scan_results(
     "02:00:00:00:0d:04\t2457\t-50\t[ESS]\t\\x00\\x00\\x00\\x00\\x00\\x00\\x00\\x00\n");
 
 inline const std::string saved_table = profile_list(
-    "0\tHome2\tany\t[CURRENT]\n"
+    "0\tHome\tany\t[CURRENT]\n"
     "1\tCaf\\xc3\\xa9 du Nord \\xe2\\x98\\x95\tany\t[DISABLED]\n"
     "2\tBob \\\"5G\\\" C:\\\\net\tany\t[DISABLED]\n"
     "3\t\\xff\\xfe\\n\\e[31mred\\x00\\t\tany\t[DISABLED]\n"

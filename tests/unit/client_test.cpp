@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
+// What each call of the library sends, waits for, reports and leaves behind, in process.
+
 #include "support/describe.hpp"
 #include "support/fake_supplicant.hpp"
 #include "support/replies.hpp"
@@ -17,10 +19,11 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <future>
 #include <iterator>
 #include <limits>
+#include <map>
 #include <optional>
-#include <set>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -33,6 +36,9 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
+
+/// Connected to the network that is added.
+const std::string home2_status = connected_status("Home2", 5);
 
 constexpr const char* socket_variable = "CORVANE_WPA_SOCKET";
 constexpr const char* scan_delay_variable = "CORVANE_WIFI_SCAN_DELAY_MS";
@@ -333,27 +339,6 @@ TEST_F(Transport, TimesOutWhenTheSupplicantGoesAway)
     EXPECT_EQ(error_of([&] { client.command("PING", 200); }), nobody_there);
 }
 
-TEST_F(Transport, KeepsThreadsApart)
-{
-    constexpr int threads = 8;
-    constexpr int requests_each = 25;
-    for (int i = 0; i < threads; ++i)
-        supplicant.on("PING " + std::to_string(i), {reply("PONG " + std::to_string(i) + "\n")});
-    std::vector<std::thread> running;
-    for (int i = 0; i < threads; ++i)
-        running.emplace_back([this, i] {
-            for (int k = 0; k < requests_each; ++k)
-                EXPECT_EQ(client.command("PING " + QByteArray::number(i), 30000),
-                          "PONG " + QByteArray::number(i));
-        });
-    for (std::thread& thread : running)
-        thread.join();
-    std::set<std::string> senders;
-    for (const Request& record : supplicant.records())
-        senders.insert(record.sender);
-    EXPECT_EQ(senders.size(), static_cast<size_t>(threads * requests_each));
-}
-
 class SocketPath : public WithSupplicant { };
 
 TEST_F(SocketPath, ComesFromTheEnvironmentIfNoneIsGiven)
@@ -392,6 +377,7 @@ TEST_F(SocketPath, StaysEmptyWhenTheVariableIs)
     close(anyone);
 }
 
+/// One request of an operation.
 struct Step {
     std::string name;
     std::string request;
@@ -416,7 +402,8 @@ static std::vector<Operation> operations()
 {
     const Step results{"ReadScan", "SCAN_RESULTS", scan_table};
     const Step list{"ReadProfiles", "LIST_NETWORKS", saved_table};
-    const Step status{"ReadStatus", "STATUS", home2_status};
+    const Step status{"ReadStatus", "STATUS", home_status};
+    const Step joined{"ReadStatus", "STATUS", home2_status};
     const Step add{"Add", "ADD_NETWORK", "5\n", "wpa_supplicant did not create a network profile."};
     const Step name = confirmed("SetName", "SET_NETWORK 5 ssid 486f6d6532",
                                 "set Wi-Fi network name");
@@ -442,19 +429,19 @@ static std::vector<Operation> operations()
          [](const Client& client) { client.networks(false); },
          {results, list, status}},
         {"ConnectingSaved",
-         [](const Client& client) { client.connect_saved(0, u"Home2"_s, 60000); },
+         [](const Client& client) { client.connect_saved(0, u"Home"_s, 60000); },
          {select_saved, status}},
         {"ConnectingPersonal",
          [](const Client& client) {
              client.connect_new(u"Home2"_s, Security::Personal, u"home2-\"pass\\word"_s, 60000);
          },
-         {add, name, wpa, password, enable, select, status, save},
+         {add, name, wpa, password, enable, select, joined, save},
          "REMOVE_NETWORK 5"},
         {"ConnectingOpen",
          [](const Client& client) {
              client.connect_new(u"Home2"_s, Security::Open, u"never\nused"_s, 60000);
          },
-         {add, name, open, enable, select, status, save},
+         {add, name, open, enable, select, joined, save},
          "REMOVE_NETWORK 5"},
         {"Disconnecting", [](const Client& client) { client.disconnect(); }, {disconnect}},
         {"Forgetting",
@@ -478,50 +465,15 @@ TEST_P(AnyOperation, SendsItsRequestsInOrder)
 
 INSTANTIATE_TEST_SUITE_P(, AnyOperation, testing::ValuesIn(operations()), by_name);
 
-struct OneStep {
+struct BrokenOperation {
     std::string name;
     Operation operation;
-    size_t index;
+    size_t index; ///< Of the step that fails.
 };
 
-/// A supplicant that accepts all steps of an operation. Tests break the one at `index`.
-class AnyStep : public WithSupplicant, public testing::WithParamInterface<OneStep> {
-protected:
-    AnyStep()
-    {
-        for (const Step& each : steps)
-            supplicant.on(each.request, {reply(each.reply)});
-    }
-
-    std::string run() const
-    {
-        return error_of([this] { GetParam().operation.run(client); });
-    }
-    Requests first_requests(size_t count) const
-    {
-        Requests result;
-        for (size_t i = 0; i < count; ++i)
-            result.push_back(steps[i].request);
-        return result;
-    }
-    Requests requests_until_failure() const
-    {
-        Requests result = first_requests(index + 1);
-        if (index > 0 && !GetParam().operation.undo.empty())
-            result.push_back(GetParam().operation.undo);
-        return result;
-    }
-
-    const std::vector<Step>& steps = GetParam().operation.steps;
-    const size_t index = GetParam().index;
-    const Step& step = steps[index];
-};
-
-class ConfirmedStep : public AnyStep { };
-
-static std::vector<OneStep> all_steps(bool only_confirmed)
+static std::vector<BrokenOperation> broken_operations(bool only_confirmed = false)
 {
-    std::vector<OneStep> result;
+    std::vector<BrokenOperation> result;
     for (const Operation& operation : operations())
         for (size_t i = 0; i < operation.steps.size(); ++i)
             if (!only_confirmed || !operation.steps[i].refusal.empty())
@@ -529,39 +481,92 @@ static std::vector<OneStep> all_steps(bool only_confirmed)
     return result;
 }
 
-TEST_P(AnyStep, EndsTheOperationAfterThreeSecondsWithoutAReply)
+/// An operation, with `answer` to the step at its index and success for all others.
+class Attempt {
+public:
+    Attempt(const BrokenOperation& broken, const Answer& answer)
+        : broken_(broken)
+    {
+        for (const Step& step : steps_)
+            supplicant.on(step.request, {reply(step.reply)});
+        supplicant.on(steps_[broken_.index].request, {answer});
+    }
+
+    std::string error() const
+    {
+        return error_of([this] { broken_.operation.run(client_at(supplicant.path())); });
+    }
+    Requests first_requests(size_t count) const
+    {
+        Requests result;
+        for (size_t i = 0; i < count; ++i)
+            result.push_back(steps_[i].request);
+        return result;
+    }
+    Requests requests_until_failure() const
+    {
+        Requests result = first_requests(broken_.index + 1);
+        if (broken_.index > 0 && !broken_.operation.undo.empty())
+            result.push_back(broken_.operation.undo);
+        return result;
+    }
+
+    FakeSupplicant supplicant{idle_script};
+
+private:
+    const BrokenOperation broken_;
+    const std::vector<Step>& steps_ = broken_.operation.steps;
+};
+
+class SilentStep : public WithSupplicant { };
+
+TEST_F(SilentStep, EndsAnyOperationAfterThreeSeconds)
 {
-    supplicant.on(step.request, {silence()});
-    EXPECT_GE(duration_of([&] { EXPECT_EQ(run(), timed_out); }), 3000ms);
-    EXPECT_EQ(supplicant.requests(), requests_until_failure());
+    std::vector<std::future<void>> attempts; // at once
+    for (const BrokenOperation& broken : broken_operations())
+        attempts.push_back(std::async(std::launch::async, [broken] {
+            const Attempt attempt(broken, silence());
+            EXPECT_GE(duration_of([&] { EXPECT_EQ(attempt.error(), timed_out) << broken.name; }),
+                      3000ms);
+            EXPECT_EQ(attempt.supplicant.requests(), attempt.requests_until_failure());
+        }));
+    for (std::future<void>& attempt : attempts)
+        attempt.get();
 }
 
-TEST_P(AnyStep, EndsTheOperationWhenTheSupplicantIsGone)
+class FailingStep : public WithSupplicant, public testing::WithParamInterface<BrokenOperation> { };
+class RefusedStep : public FailingStep { };
+
+TEST_P(FailingStep, EndsTheOperationWhenTheSupplicantIsGone)
 {
-    if (index > 0)
-        supplicant.on(steps[index - 1].request, {last_reply(steps[index - 1].reply)});
-    else
-        client = client_at(supplicant.path() + "-gone");
-    EXPECT_EQ(run(), nobody_there);
-    EXPECT_EQ(supplicant.requests(), first_requests(index));
+    const auto& [name, operation, index] = GetParam();
+    if (index == 0) {
+        const Client nobody = client_at(supplicant.path() + "-gone");
+        EXPECT_EQ(error_of([&] { operation.run(nobody); }), nobody_there);
+        return;
+    }
+    const size_t last = index - 1;
+    const Attempt attempt({name, operation, last}, last_reply(operation.steps[last].reply));
+    EXPECT_EQ(attempt.error(), nobody_there);
+    EXPECT_EQ(attempt.supplicant.requests(), attempt.first_requests(index));
 }
 
-TEST_P(ConfirmedStep, EndsTheOperationWhenItIsRefused)
+TEST_P(RefusedStep, EndsTheOperation)
 {
-    supplicant.on(step.request, {reply("FAIL\n")});
-    EXPECT_EQ(run(), step.refusal);
-    EXPECT_EQ(supplicant.requests(), requests_until_failure());
+    const Attempt attempt(GetParam(), reply("FAIL\n"));
+    EXPECT_EQ(attempt.error(), GetParam().operation.steps[GetParam().index].refusal);
+    EXPECT_EQ(attempt.supplicant.requests(), attempt.requests_until_failure());
 }
 
-INSTANTIATE_TEST_SUITE_P(, AnyStep, testing::ValuesIn(all_steps(false)), by_name);
-INSTANTIATE_TEST_SUITE_P(, ConfirmedStep, testing::ValuesIn(all_steps(true)), by_name);
+INSTANTIATE_TEST_SUITE_P(, FailingStep, testing::ValuesIn(broken_operations()), by_name);
+INSTANTIATE_TEST_SUITE_P(, RefusedStep, testing::ValuesIn(broken_operations(true)), by_name);
 
 class StatusQuery : public WithSupplicant { };
 
 TEST_F(StatusQuery, ReturnsTheConnection)
 {
-    supplicant.on("STATUS", {reply(home2_status)});
-    EXPECT_EQ(describe(client.status()), "COMPLETED|Home2|10.66.2.48|0");
+    supplicant.on("STATUS", {reply(home_status)});
+    EXPECT_EQ(describe(client.status()), "COMPLETED|Home|10.66.2.48|0");
 }
 
 TEST_F(StatusQuery, TreatsAnErrorReplyAsNoConnection)
@@ -573,7 +578,7 @@ TEST_F(StatusQuery, TreatsAnErrorReplyAsNoConnection)
 
 TEST_F(StatusQuery, HasThreeSecondsForTheReply)
 {
-    supplicant.on("STATUS", {late_reply(2000ms, home2_status), late_reply(5000ms, "")});
+    supplicant.on("STATUS", {late_reply(2000ms, home_status), late_reply(5000ms, "")});
     EXPECT_EQ(client.status().state, u"COMPLETED"_s);
     EXPECT_EQ(error_of([&] { client.status(); }), timed_out);
 }
@@ -610,11 +615,11 @@ TEST_F(Listing, MergesTheThreeReplies)
 {
     supplicant.on("SCAN_RESULTS", {reply(scan_table)});
     supplicant.on("LIST_NETWORKS", {reply(saved_table)});
-    supplicant.on("STATUS", {reply(home2_status)});
+    supplicant.on("STATUS", {reply(home_status)});
     const auto networks = describe(client.networks(false));
     ASSERT_EQ(networks.size(), 17U);
     EXPECT_EQ(networks.front(),
-              "current|Home2|02:00:00:00:02:00|2437|-50|0|WPA personal|[WPA2-PSK-CCMP][ESS]");
+              "current|Home|02:00:00:00:02:00|2437|-50|0|WPA personal|[WPA2-PSK-CCMP][ESS]");
     EXPECT_EQ(describe(client.networks(true)), networks);
 }
 
@@ -623,7 +628,7 @@ TEST_F(Listing, AcceptsAScanThatIsAlreadyUnderWay)
     supplicant.on("SCAN", {reply("FAIL-BUSY\n"), reply("FAIL-BUSY for a while\n")});
     for (int i = 0; i < 2; ++i)
         EXPECT_THAT(client.networks(true), IsEmpty());
-    EXPECT_EQ(supplicant.requests(), scan_listing + scan_listing);
+    EXPECT_EQ(supplicant.requests(), list_requests + list_requests);
 }
 
 TEST_F(Listing, StopsWhenTheScanIsRefused)
@@ -691,7 +696,7 @@ class Connecting : public WithSupplicant { };
 TEST_F(Connecting, NeedsASavedProfile)
 {
     for (const int id : {-1, std::numeric_limits<int>::min()})
-        EXPECT_EQ(error_of([&] { client.connect_saved(id, u"Home2"_s, 60000); }),
+        EXPECT_EQ(error_of([&] { client.connect_saved(id, u"Home"_s, 60000); }),
                   "The selected network is not saved.");
     EXPECT_THAT(supplicant.requests(), IsEmpty());
 }
@@ -804,8 +809,8 @@ TEST_F(Connecting, RemovesTheProfileWhenTheTimeIsUp)
 
 TEST_F(Connecting, LeavesTheSelectionWhenTheTimeIsUp)
 {
-    EXPECT_EQ(error_of([&] { client.connect_saved(2, u"Home2"_s, 300); }),
-              "Timed out connecting to Home2.");
+    EXPECT_EQ(error_of([&] { client.connect_saved(2, u"Home"_s, 300); }),
+              "Timed out connecting to Home.");
     EXPECT_THAT(without_repetitions(supplicant.requests()),
                 ElementsAre("SELECT_NETWORK 2", "STATUS"));
 }
@@ -826,8 +831,8 @@ TEST_F(Connecting, RecognizesANameOnlyAsItIsPrinted)
 
 TEST_F(Connecting, RequestsTheStatusEvery400Milliseconds)
 {
-    supplicant.on("STATUS", {reply(idle_status), reply(idle_status), reply(home2_status)});
-    const auto duration = duration_of([&] { client.connect_saved(0, u"Home2"_s, 60000); });
+    supplicant.on("STATUS", {reply(idle_status), reply(idle_status), reply(home_status)});
+    const auto duration = duration_of([&] { client.connect_saved(0, u"Home"_s, 60000); });
     EXPECT_EQ(polls(), 3);
     EXPECT_GE(duration, 800ms);
     EXPECT_LT(duration, 8s);
@@ -835,10 +840,10 @@ TEST_F(Connecting, RequestsTheStatusEvery400Milliseconds)
 
 TEST_F(Connecting, RequestsTheFirstStatusAtOnce)
 {
-    supplicant.on("STATUS", {reply(home2_status)});
+    supplicant.on("STATUS", {reply(home_status)});
     const auto duration = duration_of([&] {
         for (int i = 0; i < 15; ++i)
-            client.connect_saved(0, u"Home2"_s, 60000);
+            client.connect_saved(0, u"Home"_s, 60000);
     });
     EXPECT_LT(duration, 15 * 400ms);
 }
@@ -846,7 +851,7 @@ TEST_F(Connecting, RequestsTheFirstStatusAtOnce)
 TEST_F(Connecting, GivesUpOnlyWhenTheTimeIsUp)
 {
     const auto duration = duration_of(
-        [&] { EXPECT_ANY_THROW(client.connect_saved(0, u"Home2"_s, 1500)); });
+        [&] { EXPECT_ANY_THROW(client.connect_saved(0, u"Home"_s, 1500)); });
     EXPECT_GE(duration, 1500ms);
     EXPECT_GE(polls(), 2);
     EXPECT_LE(polls(), 4);
@@ -856,14 +861,14 @@ TEST_F(Connecting, WaitsForTheStateAndTheNameExactly)
 {
     std::vector<Answer> answers;
     for (const std::string& status :
-         {idle_status, "ssid=Home2\nwpa_state=4WAY_HANDSHAKE\n"s,
-          "ssid=Cafe\nid=0\nwpa_state=COMPLETED\n"s, "ssid=home2\nwpa_state=COMPLETED\n"s,
-          "ssid=Home22\nwpa_state=COMPLETED\n"s, "ssid=Home\nwpa_state=COMPLETED\n"s,
-          "id=0\nwpa_state=COMPLETED\n"s, "ssid=Home2\nid=0\nwpa_state=completed\n"s,
-          "wpa_state=COMPLETED\r\nssid=Home2\nid=0\n"s, "FAIL\n"s, ""s, home2_status})
+         {idle_status, "ssid=Home\nwpa_state=4WAY_HANDSHAKE\n"s,
+          "ssid=Cafe\nid=0\nwpa_state=COMPLETED\n"s, "ssid=home\nwpa_state=COMPLETED\n"s,
+          "ssid=Home2\nwpa_state=COMPLETED\n"s, "ssid=Hom\nwpa_state=COMPLETED\n"s,
+          "id=0\nwpa_state=COMPLETED\n"s, "ssid=Home\nid=0\nwpa_state=completed\n"s,
+          "wpa_state=COMPLETED\r\nssid=Home\nid=0\n"s, "FAIL\n"s, ""s, home_status})
         answers.push_back(reply(status));
     supplicant.on("STATUS", answers);
-    client.connect_saved(0, u"Home2"_s, 60000);
+    client.connect_saved(0, u"Home"_s, 60000);
     EXPECT_EQ(supplicant.requests().size(), 1 + answers.size());
 }
 
@@ -902,18 +907,19 @@ class ConnectTimeout : public WithSupplicant, public testing::WithParamInterface
 TEST_P(ConnectTimeout, ComesFromTheEnvironmentOrTheCaller)
 {
     const Variable timeout(connect_timeout_variable, GetParam().variable);
-    const std::function<void()> connects[] = {
-        [&] { client.connect_saved(0, u"Home2"_s, GetParam().timeout_ms); },
-        [&] { client.connect_new(u"Home2"_s, Security::Open, u""_s, GetParam().timeout_ms); }};
-    for (const auto& connect : connects) {
+    const std::map<std::string, std::function<void()>> connects = {
+        {"Home", [&] { client.connect_saved(0, u"Home"_s, GetParam().timeout_ms); }},
+        {"Home2",
+         [&] { client.connect_new(u"Home2"_s, Security::Open, u""_s, GetParam().timeout_ms); }}};
+    for (const auto& [ssid, connect] : connects) {
         const auto before = polls();
-        supplicant.on("STATUS", {reply(idle_status), reply(home2_status)});
+        supplicant.on("STATUS", {reply(idle_status), reply(connected_status(ssid, 0))});
         const std::string error = error_of(connect);
         if (GetParam().polls) {
             EXPECT_EQ(error, "no error");
             EXPECT_EQ(polls() - before, *GetParam().polls);
         } else {
-            EXPECT_EQ(error, "Timed out connecting to Home2.");
+            EXPECT_EQ(error, "Timed out connecting to " + ssid + '.');
             EXPECT_LE(polls() - before, 1);
         }
     }
@@ -943,7 +949,7 @@ TEST_F(Connecting, ReadsTheTimeoutAfterTheSelection)
     });
     const Client other = client_at(peer.path());
     const std::function<void()> connects[] = {
-        [&] { other.connect_saved(0, u"Home2"_s, 500); },
+        [&] { other.connect_saved(0, u"Home"_s, 500); },
         [&] { other.connect_new(u"Home2"_s, Security::Open, u""_s, 500); }};
     for (const auto& connect : connects) {
         const Variable timeout(connect_timeout_variable, {});
@@ -959,8 +965,8 @@ TEST_F(Forgetting, NeedsAProfileOfExactlyThatName)
 {
     supplicant.on("SCAN_RESULTS", {reply(scan_table)});
     supplicant.on("LIST_NETWORKS", {reply(saved_table + "-1\tNegative\tany\t\n")});
-    supplicant.on("STATUS", {reply(home2_status)});
-    const std::vector<std::string> names{"Cafe",     "home2",          "Home",  "Home2 ",
+    supplicant.on("STATUS", {reply(home_status)});
+    const std::vector<std::string> names{"Cafe",     "home",           "Hom",   "Home ",
                                          "Negative", "Café du Nord ☕", "%1 %2", ""};
     for (const std::string& name : names) {
         const QString ssid = QString::fromStdString(name);

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) The corvane-wifi authors
+
+// Runs the tests under a process id of which /tmp holds no socket files: an earlier process that
+// had the same id and was killed may have left some.
+
+#include <gmock/gmock.h>
+
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+
+namespace {
+
+/// Removes them. False if another user's remain.
+bool free_of_leftovers()
+{
+    const std::string own = "/tmp/corvane-wpa-" + std::to_string(getpid()) + '-';
+    bool result = true;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator("/tmp"))
+        if (entry.path().string().starts_with(own))
+            result = std::filesystem::remove(entry.path(), error) && result;
+    return result;
+}
+
+/// In the parent, ends as the child does.
+void continue_in_a_child()
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        return;
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    if (WIFSIGNALED(status))
+        raise(WTERMSIG(status));
+    std::_Exit(WIFEXITED(status) ? WEXITSTATUS(status) : EXIT_FAILURE);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    while (!free_of_leftovers())
+        continue_in_a_child();
+    testing::InitGoogleMock(&argc, argv);
+    return RUN_ALL_TESTS();
+}
