@@ -124,9 +124,9 @@ void add_saved(std::vector<Network>& networks, QByteArrayView line, const Status
 
     auto known = std::ranges::find(networks, ssid, &Network::ssid);
     if (known == networks.end()) {
-        Network out_of_range;
-        out_of_range.ssid = ssid;
-        known = networks.insert(networks.end(), std::move(out_of_range));
+        Network unseen;
+        unseen.ssid = ssid;
+        known = networks.insert(networks.end(), std::move(unseen));
     }
     known->saved_id = id;
     known->current = id == status.saved_id
