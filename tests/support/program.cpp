@@ -5,9 +5,11 @@
 
 #include <fcntl.h>
 #include <glob.h>
+#include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
 #include <sys/ioctl.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -19,6 +21,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -29,7 +32,9 @@
 
 namespace {
 
-constexpr std::chrono::seconds patience(30);
+using namespace std::chrono_literals;
+
+constexpr std::chrono::seconds patience(60);
 
 /// Made before the fork: a child of a process with threads must not allocate.
 class Invocation {
@@ -84,7 +89,7 @@ private:
     Preparation prepare_;
 };
 
-std::vector<std::string> files_left_by(pid_t pid)
+std::vector<std::string> socket_files_of(pid_t pid)
 {
     glob_t found{};
     glob(("/tmp/corvane-wpa-" + std::to_string(pid) + "-*").c_str(), 0, nullptr, &found);
@@ -93,16 +98,22 @@ std::vector<std::string> files_left_by(pid_t pid)
     return result;
 }
 
+bool remove(const std::string& path)
+{
+    std::error_code error;
+    std::filesystem::remove_all(path, error);
+    return !error;
+}
+
+/// False if one of another user stays: /tmp lets only its owner and root remove it.
+bool remove_socket_files_of(pid_t pid)
+{
+    return std::ranges::all_of(socket_files_of(pid), remove);
+}
+
 bool reads(pid_t pid)
 {
     return process_file(pid, "syscall").starts_with(std::to_string(SYS_read) + " 0x0 ");
-}
-
-int wait_for_end(pid_t pid)
-{
-    int status = 0;
-    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) { }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
 struct Pipe {
@@ -125,14 +136,55 @@ struct Pipe {
     }
 };
 
-std::string read_all(int descriptor)
+/// Returns 0 in the new process. Ids come round: the sockets of an earlier process are removed, and
+/// if they cannot be, another id is tried.
+pid_t fork_with_free_id()
 {
-    std::string result;
+    pid_t pid = 0;
+    wait_until("there is a process id without socket files of another user", [&] {
+        Pipe start;
+        char byte = 0;
+        pid = fork();
+        if (pid < 0)
+            throw std::system_error(errno, std::generic_category(), "fork");
+        if (pid == 0) {
+            start.close_end(1);
+            if (read(start.ends[0], &byte, 1) != 1)
+                _exit(126);
+            return true;
+        }
+        if (remove_socket_files_of(pid) && write(start.ends[1], &byte, 1) == 1)
+            return true;
+        kill(pid, SIGKILL);
+        status_of(pid);
+        return false;
+    });
+    return pid;
+}
+
+/// The library may be used in this process, too: its id must be free before main().
+[[gnu::constructor]] void continue_with_free_id()
+{
+    if (remove_socket_files_of(getpid()))
+        return;
+    const pid_t child = fork_with_free_id();
+    if (child == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        return;
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    _exit(WIFEXITED(status) ? WEXITSTATUS(status) : 126);
+}
+
+/// Appends what can be read now. False at the end.
+bool read_some(int descriptor, std::string& text)
+{
     std::array<char, 65536> buffer;
-    ssize_t size = 0;
-    while ((size = read(descriptor, buffer.data(), buffer.size())) > 0)
-        result.append(buffer.data(), static_cast<size_t>(size));
-    return result;
+    const ssize_t size = read(descriptor, buffer.data(), buffer.size());
+    if (size > 0)
+        text.append(buffer.data(), static_cast<size_t>(size));
+    return size > 0;
 }
 
 /// The options of a sanitizer so far, ready for one more.
@@ -148,8 +200,8 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
 {
     stream << "status " << outcome.status << "\nout [" << outcome.out << "]\nerr [" << outcome.err
            << "]";
-    for (const std::string& path : outcome.left)
-        stream << "\nleft " << path;
+    for (const std::string& number : outcome.left)
+        stream << "\nleft socket " << number;
     return stream;
 }
 
@@ -241,11 +293,62 @@ std::string process_file(pid_t pid, const std::string& name)
 void wait_until(const std::string& what, const std::function<bool()>& condition)
 {
     const auto deadline = std::chrono::steady_clock::now() + patience;
-    while (!condition()) {
+    for (auto pause = 1us; !condition();
+         pause = std::min<std::chrono::microseconds>(2 * pause, 1ms)) {
         if (std::chrono::steady_clock::now() > deadline)
             throw std::runtime_error("timed out waiting until " + what);
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        std::this_thread::sleep_for(pause);
     }
+}
+
+int status_of(pid_t child)
+{
+    int status = 0;
+    try {
+        wait_until("process " + std::to_string(child) + " has ended",
+                   [&] { return waitpid(child, &status, WNOHANG) != 0; });
+    } catch (...) {
+        kill(child, SIGKILL);
+        throw;
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+Process::Process(const std::function<void()>& main)
+    : id_(fork_with_free_id())
+{
+    if (id_ == 0)
+        main();
+}
+
+Process::~Process()
+{
+    if (id_ == 0)
+        return;
+    kill(id_, SIGKILL);
+    try {
+        end();
+    } catch (const std::exception& error) {
+        ADD_FAILURE() << error.what();
+    }
+}
+
+bool Process::has_ended() const
+{
+    siginfo_t ended{};
+    waitid(P_PID, static_cast<id_t>(id_), &ended, WEXITED | WNOHANG | WNOWAIT);
+    return ended.si_pid != 0;
+}
+
+Outcome Process::end()
+{
+    wait_until("process " + std::to_string(id_) + " has ended", [this] { return has_ended(); });
+    Outcome outcome;
+    for (const std::string& path : socket_files_of(id_)) // no other process can have its id yet
+        if (remove(path))
+            outcome.left.push_back(path.substr(path.rfind('-') + 1));
+    outcome.status = status_of(std::exchange(id_, 0));
+    return outcome;
 }
 
 const char* own_socket_path(int nth)
@@ -262,13 +365,12 @@ Outcome run(const std::vector<std::string>& arguments, const Environment& enviro
     Pipe out;
     Pipe err;
     Invocation invocation(arguments, environment, prepare, tracer);
-    const pid_t pid = fork();
-    if (pid == 0) {
+    Process process([&] {
         dup2(in.ends[0], STDIN_FILENO);
         dup2(out.ends[1], STDOUT_FILENO);
         dup2(err.ends[1], STDERR_FILENO);
         invocation.execute();
-    }
+    });
     in.close_end(0);
     out.close_end(1);
     err.close_end(1);
@@ -277,12 +379,18 @@ Outcome run(const std::vector<std::string>& arguments, const Environment& enviro
     [[maybe_unused]] const ssize_t written = write(in.ends[1], input.data(), input.size());
     in.close_end(1);
 
-    Outcome outcome;
-    std::thread errors([&] { outcome.err = read_all(err.ends[0]); });
-    outcome.out = read_all(out.ends[0]);
-    errors.join();
-    outcome.status = wait_for_end(pid);
-    outcome.left = files_left_by(pid);
+    std::array<std::string, 2> texts;
+    std::array<pollfd, 2> outputs{{{out.ends[0], POLLIN, 0}, {err.ends[0], POLLIN, 0}}};
+    wait_until("the program has closed its outputs", [&] {
+        poll(outputs.data(), outputs.size(), 1000);
+        for (size_t i = 0; i < outputs.size(); ++i)
+            if (outputs[i].revents != 0 && !read_some(outputs[i].fd, texts[i]))
+                outputs[i].fd = -1; // poll() skips it
+        return outputs[0].fd < 0 && outputs[1].fd < 0;
+    });
+    Outcome outcome = process.end();
+    outcome.out = texts[0];
+    outcome.err = texts[1];
     return outcome;
 }
 
@@ -303,19 +411,15 @@ Terminal::Terminal(const std::vector<std::string>& arguments, const Environment&
     fcntl(master_, F_SETFD, FD_CLOEXEC);
     fcntl(slave_, F_SETFD, FD_CLOEXEC);
     Invocation invocation(arguments, environment, prepare, tracer);
-    pid_ = fork();
-    if (pid_ == 0) {
+    process_ = std::make_unique<Process>([&] {
         login_tty(dup(slave_));
         invocation.execute();
-    }
+    });
 }
 
 Terminal::~Terminal()
 {
-    if (pid_ > 0) {
-        kill(pid_, SIGKILL);
-        wait_for_end(pid_);
-    }
+    process_.reset();
     close(master_);
     close(slave_);
 }
@@ -358,22 +462,16 @@ std::string Terminal::unread() const
     return result;
 }
 
-bool Terminal::read_some(int timeout_ms)
+void Terminal::read_screen()
 {
     pollfd waiting{master_, POLLIN, 0};
-    if (poll(&waiting, 1, timeout_ms) <= 0)
-        return false;
-    std::array<char, 4096> buffer;
-    const ssize_t size = read(master_, buffer.data(), buffer.size());
-    if (size > 0)
-        screen_.append(buffer.data(), static_cast<size_t>(size));
-    return size > 0;
+    while (poll(&waiting, 1, 0) > 0 && read_some(master_, screen_)) { }
 }
 
 void Terminal::wait_for(const std::string& text)
 {
     wait_until("the screen holds \"" + text + '"', [&] {
-        read_some(10);
+        read_screen();
         return screen_.find(text) != std::string::npos;
     });
 }
@@ -390,15 +488,15 @@ void Terminal::wait_until_typed() const
 
 void Terminal::wait_until_reading() const
 {
-    wait_until("standard input is read", [this] { return reads(pid_); });
+    wait_until("standard input is read", [this] { return reads(pid()); });
 }
 
 void Terminal::wait_until_stopped() const
 {
     wait_until("the program has stopped", [this] {
         siginfo_t stopped{};
-        waitid(P_PID, static_cast<id_t>(pid_), &stopped, WSTOPPED | WNOHANG);
-        return stopped.si_pid == pid_;
+        waitid(P_PID, static_cast<id_t>(pid()), &stopped, WSTOPPED | WNOHANG);
+        return stopped.si_pid == pid();
     });
 }
 
@@ -407,16 +505,14 @@ Outcome Terminal::finish(const std::vector<Question>& questions)
     auto next = questions.begin();
     // This process keeps the terminal open, so no end of file shows that the program has ended.
     wait_until("the program has ended", [&] {
-        read_some(questions.empty() ? 10 : 1);
+        read_screen();
         if (next != questions.end() && screen_.find(next->prompt) != std::string::npos
             && reads(tcgetpgrp(master_)))
             type((next++)->answer);
-        siginfo_t ended{};
-        waitid(P_PID, static_cast<id_t>(pid_), &ended, WEXITED | WNOHANG | WNOWAIT);
-        return ended.si_pid != 0;
+        return process_->has_ended();
     });
-    while (read_some(0)) { }
-    Outcome outcome{wait_for_end(pid_), screen_, "", files_left_by(pid_)};
-    pid_ = -1;
+    read_screen();
+    Outcome outcome = process_->end();
+    outcome.out = screen_;
     return outcome;
 }

@@ -3,6 +3,7 @@
 
 /// Runs the built corvane-wifi as a user does: with pipes or at a terminal. The environment
 /// variable CORVANE_TEST_PROGRAM names another file to run instead, such as a static binary.
+/// Every wait throws an error after a minute; the process it waited for is then killed.
 
 #pragma once
 
@@ -12,6 +13,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -23,7 +25,8 @@ struct Outcome {
     int status = 0;
     std::string out;
     std::string err = {};
-    std::vector<std::string> left = {}; ///< Temporary socket files that the process left.
+    /// Numbers in the names of the socket files that the process left. They are removed.
+    std::vector<std::string> left = {};
 
     bool operator==(const Outcome&) const = default;
 };
@@ -73,8 +76,32 @@ std::string contents(const std::string& path);
 /// The contents of /proc/PID/`name`.
 std::string process_file(pid_t pid, const std::string& name);
 
-/// Waits until `condition` is true. After 30 s, throws an error that names `what`.
+/// Waits until `condition` is true. After a minute, throws an error that names `what`.
 void wait_until(const std::string& what, const std::function<bool()>& condition);
+
+/// Waits for the end of a child: its exit status, or a signal's number, negative.
+int status_of(pid_t child);
+
+/// A process that a test starts. Ends with the object at the latest; its socket files, too.
+class Process {
+public:
+    /// Starts at `main`, which must not return, with an id that no socket file stands in the way
+    /// of.
+    explicit Process(const std::function<void()>& main);
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    pid_t id() const
+    {
+        return id_;
+    }
+    bool has_ended() const;
+    Outcome end(); ///< Waits for the end; without the outputs.
+
+private:
+    pid_t id_;
+};
 
 bool operator==(const termios& left, const termios& right);
 
@@ -88,13 +115,13 @@ class Terminal {
 public:
     Terminal(const std::vector<std::string>& arguments, const Environment& environment,
              Preparation prepare = nullptr, const std::vector<std::string>& tracer = {});
-    ~Terminal(); ///< Ends the program if it still runs.
+    ~Terminal(); ///< Kills the program if it still runs.
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
 
     pid_t pid() const
     {
-        return pid_;
+        return process_->id();
     }
     termios settings() const; ///< As they are now.
     void set(const termios& settings);
@@ -102,25 +129,25 @@ public:
     std::string unread() const; ///< Removes and returns the line that waits for a reader, if any.
 
     void type(const std::string& keys);
-    /// Reads until the screen contains `text`. Throws after 30 s.
+    /// Reads until the screen contains `text`.
     void wait_for(const std::string& text);
-    /// Waits until echo is on or off. Throws after 30 s.
+    /// Waits until echo is on or off.
     void wait_for_echo(bool on);
-    /// Waits until a whole line waits for a reader. Throws after 30 s.
+    /// Waits until a whole line waits for a reader.
     void wait_until_typed() const;
-    /// Waits until the program sleeps in a read of its standard input. Throws after 30 s.
+    /// Waits until the program sleeps in a read of its standard input.
     void wait_until_reading() const;
-    /// Waits until SIGSTOP has taken effect. Throws after 30 s.
+    /// Waits until SIGSTOP has taken effect.
     void wait_until_stopped() const;
-    /// Waits for the end: the screen in `out` with "\r\n" line ends, `err` empty. Throws after 30
-    /// s. Types the answer to each question in turn, once the foreground process reads it.
+    /// Waits for the end: the screen in `out` with "\r\n" line ends, `err` empty. Types the answer
+    /// to each question in turn, once the foreground process reads it.
     Outcome finish(const std::vector<Question>& questions = {});
 
 private:
     size_t waiting() const; ///< Bytes in whole lines that nobody has read.
-    bool read_some(int timeout_ms);
+    void read_screen();
 
-    pid_t pid_ = -1;
+    std::unique_ptr<Process> process_;
     int master_ = -1;
     int slave_ = -1; ///< Kept open so that the settings can be read after the end.
     std::string screen_;
