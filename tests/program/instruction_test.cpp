@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// A signal before each instruction of the hidden entry, from the first handler installed to the
-// last one removed. Compilers reorder code that the handlers depend on, so this runs an optimized
-// program. With CORVANE_EVERY=1 really each instruction; without, one in eight once echo is off.
+// A signal before any one instruction of the hidden entry, from the first handler installed to the
+// last one removed, finds the terminal and the program in a state from which both end well: what
+// compilers reorder in an optimized program shows nowhere else.
 
 #include "support/pick.hpp"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #ifdef __x86_64__
 
@@ -21,6 +21,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -30,18 +31,13 @@ void be_traced()
         _exit(126);
 }
 
-int status_of(pid_t pid)
-{
-    int status = 0;
-    waitpid(pid, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-}
-
 void wait_for_stop(pid_t pid)
 {
     int status = 0;
-    if (waitpid(pid, &status, 0) != pid || !WIFSTOPPED(status))
-        throw std::runtime_error("the process should have stopped");
+    wait_until("the traced process has stopped",
+               [&] { return waitpid(pid, &status, WNOHANG) == pid; });
+    if (!WIFSTOPPED(status))
+        throw std::runtime_error("the traced process has ended");
 }
 
 void resume(__ptrace_request until, pid_t pid)
@@ -82,25 +78,29 @@ public:
     void step()
     {
         resume(PTRACE_SINGLESTEP, pid());
-        if (typed_) {
-            caught_ = dispositions_of(pid()).caught;
-        } else if (!echoes()) {
+        const bool called = std::exchange(
+            calls_,
+            (ptrace(PTRACE_PEEKTEXT, pid(), registers(pid()).rip, nullptr) & 0xffff) == 0x050f);
+        if (!called)
+            return;
+        caught_ = dispositions_of(pid()).caught;
+        if (!typed_ && !echoes()) {
             type("home2-password\n");
             typed_ = true;
         }
     }
 
-    bool turns_echo_off() const
+    bool catches(int signal) const
     {
-        return !typed_;
+        return (caught_ & signal_set({signal})) != 0;
     }
     bool removes_handlers() const
     {
-        return caught_ != ending_signals;
+        return typed_ && caught_ != ending_signals;
     }
     bool has_removed_handlers() const
     {
-        return caught_ == 0;
+        return typed_ && caught_ == 0;
     }
 
     /// Sends the signal to a copy of the process, so that the original can go on.
@@ -125,8 +125,9 @@ public:
 
 private:
     unsigned long long syscall_instruction_ = 0;
+    bool calls_ = true; ///< The next instruction is a system call.
     bool typed_ = false;
-    std::uint64_t caught_ = ending_signals;
+    std::uint64_t caught_ = 0;
 };
 
 bool may_trace()
@@ -137,12 +138,6 @@ bool may_trace()
         _exit(0);
     }
     return status_of(child) == 0;
-}
-
-int every()
-{
-    const char* other = getenv("CORVANE_EVERY");
-    return other == nullptr ? 8 : std::stoi(other);
 }
 
 class SignalAtAnyInstruction : public testing::TestWithParam<int> { };
@@ -159,19 +154,16 @@ TEST_P(SignalAtAnyInstruction, EndsTheProgramWithTheTerminalAsItWas)
     SteppedPick pick(supplicant.path());
     const termios before = pick.settings();
     int tried = 0;
-    for (int number = signal; !pick.has_removed_handlers(); ++number) {
+    while (!pick.has_removed_handlers()) {
         pick.step();
-        if (!pick.turns_echo_off() && number % every() != 0)
-            continue;
-        ++tried;
-        SCOPED_TRACE(number - signal);
+        SCOPED_TRACE(++tried);
         const termios now = pick.settings();
         termios expected = before;
         if (pick.removes_handlers()) { // whatever has changed the terminal since, it stays so
             expected.c_cc[VKILL] = '!';
             pick.set(expected);
         }
-        EXPECT_THAT(pick.status_of_copy_after(signal), testing::AnyOf(128 + signal, -signal));
+        EXPECT_EQ(pick.status_of_copy_after(signal), pick.catches(signal) ? 128 + signal : -signal);
         EXPECT_EQ(pick.settings(), expected);
         pick.set(now);
     }
