@@ -144,15 +144,10 @@ void* realloc(void* memory, size_t size)
 char* setlocale(int category, const char* locale)
 {
     char* (*const call)(int, const char*) = real("setlocale");
-    // QMessageLogger::warning(const char*, ...) const, and the members it is called on.
-    void (*const warn)(const void*, const char*, ...) = dlsym(RTLD_DEFAULT,
-                                                              "_ZNK14QMessageLogger7warningEPKcz");
-    const struct {
-        int version, line;
-        const char *file, *function, *category;
-    } logger = {2, 0, NULL, NULL, "default"};
+    // qErrnoWarning(int, const char*, ...)
+    void (*const warn)(int, const char*, ...) = dlsym(RTLD_DEFAULT, "_Z13qErrnoWarningiPKcz");
     if (failed("setlocale"))
-        warn(&logger, "Detected locale \"%s\"", "C");
+        warn(EINVAL, "Detected locale \"%s\"", "C");
     return call(category, locale);
 }
 
