@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// Every action with one of its system calls failing, with a signal at one of them, or without
-// memory at one of its allocations. Each is disturbed in turn, as found in an undisturbed run.
+// Any one failing system call, signal or failing allocation ends an action with a report and
+// without a trace, or does no harm: each that an undisturbed run makes is disturbed in turn.
 // strace sees all system calls, and in static binaries, too; only allocations need the preload.
 
 #include "cvn/wifi.hpp"
@@ -12,6 +12,7 @@
 
 #include <gmock/gmock.h>
 
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -71,15 +72,15 @@ const Action refused_save = {"RefusedSave",
                              {},
                              replies("SAVE_CONFIG", "FAIL\n")};
 
-/// How one system call is made to fail.
-struct Fault {
+/// The ways in which a system call can fail.
+struct FailureModes {
     std::string call;
     std::vector<int> errors;
     std::string message; ///< Followed by the system's text after ": ". Empty if it does not matter.
 };
 
 /// Some calls have another name on other processors.
-const std::vector<Fault> faults = {
+const std::vector<FailureModes> failure_modes = {
     {"socket", {EMFILE, ENOBUFS}, "Could not open Wi-Fi control socket: "},
     {"bind", {EADDRINUSE, ENOSPC}, "Could not bind temporary Wi-Fi control socket: "},
     {"fchmod", {EINVAL, EINTR}, ""},
@@ -100,35 +101,54 @@ const std::vector<Fault> faults = {
 
 int left_number = -1; ///< Of the socket file that an earlier process left, if any.
 
-/// Leaves a run the socket file of an earlier process with the same id, and no other.
 void place_left_file()
 {
-    for (int number = 0; number < 16; ++number) {
-        unlink(own_socket_path(number));
-        if (number == left_number)
-            mknod(own_socket_path(number), S_IFSOCK | 0600, 0);
-    }
+    if (left_number >= 0)
+        mknod(own_socket_path(left_number), S_IFSOCK | 0600, 0);
 }
 
-/// Waits for the program as a shell with job control does: once stopped it goes on in the
-/// background, and again in the foreground when it asks for the terminal.
-void under_a_shell()
+/// False if a file of another user stays.
+bool remove_left_files()
 {
-    const pid_t program = fork();
-    signal(SIGTTOU, SIG_IGN); // either moves the foreground from the background
-    if (program == 0) {
-        setpgid(0, 0);
-        tcsetpgrp(STDIN_FILENO, getpid());
-        signal(SIGTTOU, SIG_DFL);
-        place_left_file();
-        return;
-    }
+    for (int number = 0; number < 16; ++number)
+        if (unlink(own_socket_path(number)) != 0 && errno != ENOENT)
+            return false;
+    return true;
+}
+
+constexpr int needs_other_id = 125;
+
+/// The status of its child, as a shell with job control waits for it: once stopped it goes on in
+/// the background, and again in the foreground when it asks for the terminal.
+int status_under_job_control(pid_t program)
+{
     int status = 0;
     while (waitpid(program, &status, WUNTRACED) == program && WIFSTOPPED(status)) {
         tcsetpgrp(STDIN_FILENO, WSTOPSIG(status) == SIGTSTP ? getpid() : program);
         kill(-program, SIGCONT);
     }
-    _exit(WIFEXITED(status) ? WEXITSTATUS(status) : 126);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 126;
+}
+
+/// Returns in a child of a shell.
+void under_a_shell()
+{
+    signal(SIGTTOU, SIG_IGN); // either moves the foreground from the background
+    int status = needs_other_id;
+    while (status == needs_other_id) {
+        const pid_t program = fork();
+        if (program == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            setpgid(0, 0);
+            tcsetpgrp(STDIN_FILENO, getpid());
+            signal(SIGTTOU, SIG_DFL);
+            if (!remove_left_files())
+                _exit(needs_other_id);
+            return;
+        }
+        status = status_under_job_control(program);
+    }
+    _exit(status);
 }
 
 constexpr size_t all_answers = std::numeric_limits<size_t>::max();
@@ -141,7 +161,7 @@ struct Disturbance {
 };
 
 struct Trial {
-    Outcome outcome; ///< Of the files that were left, the number in their names.
+    Outcome outcome;
     Requests requests;
     bool terminal_restored = true;
     std::string trace = {};
@@ -155,16 +175,6 @@ std::string complete_trace(const std::string& log)
         return trace.find("+++ ") != std::string::npos;
     });
     return trace;
-}
-
-/// Removes files that the program left and returns the numbers in their names.
-std::vector<std::string> remove_left(const std::vector<std::string>& paths)
-{
-    std::vector<std::string> numbers;
-    for (const std::string& path : paths)
-        if (unlink(path.c_str()) == 0)
-            numbers.push_back(path.substr(path.rfind('-') + 1));
-    return numbers;
 }
 
 Trial attempt(const Action& action, const Disturbance& disturbance = {})
@@ -195,25 +205,24 @@ Trial attempt(const Action& action, const Disturbance& disturbance = {})
     cvn::wifi::Client(QString::fromStdString(supplicant.path())).command("PING", 30000);
     trial.requests = supplicant.requests();
     trial.requests.pop_back();
-    std::vector<std::string> left = trial.outcome.left;
-    if (disturbance.prepare == under_a_shell) // whose process id it is then
+    if (disturbance.prepare == under_a_shell) // the process id was that of the shell
         for (const Request& request : supplicant.records())
-            left.push_back(request.sender);
-    trial.outcome.left = remove_left(left);
+            if (unlink(request.sender.c_str()) == 0)
+                trial.outcome.left.push_back(request.sender);
     return trial;
 }
 
 /// A system call of the undisturbed run.
-struct Call {
-    const Fault* fault;
+struct TracedCall {
+    const FailureModes* modes;
     std::string line;
     int nth; ///< Of that name in the whole run.
 };
 
 /// Arguments of strace that do `what` at that call.
-std::vector<std::string> inject(const std::string& what, const Call& call)
+std::vector<std::string> inject(const std::string& what, const TracedCall& call)
 {
-    const std::string& name = call.fault->call;
+    const std::string& name = call.modes->call;
     const std::string nth = std::to_string(call.nth);
     return {"-e", "trace=" + name, "-e", "inject=" + name + ":" + what + ":when=" + nth};
 }
@@ -229,13 +238,13 @@ public:
         std::istringstream lines(trial.trace);
         for (std::string line; std::getline(lines, line);) {
             const std::string name = line.substr(0, line.find('('));
-            const auto fault = std::ranges::find(faults, name, &Fault::call);
-            if (fault == faults.end())
+            const auto modes = std::ranges::find(failure_modes, name, &FailureModes::call);
+            if (modes == failure_modes.end())
                 continue;
             ++count[name];
             const bool started = !calls.empty() || line.starts_with("socket(AF_UNIX, SOCK_DGRAM");
             if (started && (name != "read" || line.starts_with("read(0,")))
-                calls.push_back({&*fault, line, count[name]});
+                calls.push_back({&*modes, line, count[name]});
         }
     }
 
@@ -244,7 +253,7 @@ public:
     {
         return static_cast<size_t>(std::count_if(
             calls.begin(), calls.begin() + static_cast<ptrdiff_t>(done),
-            [&](const Call& call) { return call.line.find(text) != call.line.npos; }));
+            [&](const TracedCall& call) { return call.line.find(text) != call.line.npos; }));
     }
 
     Requests sent(size_t done) const
@@ -263,7 +272,7 @@ public:
     }
 
     Trial trial;
-    std::vector<Call> calls;
+    std::vector<TracedCall> calls;
 };
 
 /// With the error moved from the screen to `err`, and without an output that was cut short.
@@ -290,7 +299,7 @@ std::string without_password(std::string screen)
 
 /// One in so many trials is made. An exchange has 24 of them, so that 7 meets each kind in turn.
 /// CORVANE_EVERY=1 makes them all.
-size_t every(size_t ordinarily = 7)
+size_t stride(size_t ordinarily = 7)
 {
     const char* other = getenv("CORVANE_EVERY");
     return other == nullptr ? ordinarily : std::stoul(other);
@@ -310,7 +319,9 @@ protected:
     {
         if (system("/usr/bin/strace -o /dev/null true 2>/dev/null") == 0)
             return;
-        const std::string reason = "strace cannot be run here";
+        const std::string reason = access("/usr/bin/strace", X_OK) == 0
+            ? "processes may not be traced here"
+            : "strace is missing";
         if (getenv("CORVANE_REQUIRE_REAL") != nullptr)
             FAIL() << reason;
         GTEST_SKIP() << reason;
@@ -332,13 +343,13 @@ TEST_P(FaultAtAnyCall, IsReportedOrHarmless)
     size_t number = 0;
     int tried = 0;
     for (size_t i = 0; i < undisturbed.calls.size(); ++i) {
-        const Call& call = undisturbed.calls[i];
-        const auto& [fault, line, nth] = call;
+        const TracedCall& call = undisturbed.calls[i];
+        const auto& [modes, line, nth] = call;
         const auto request = static_cast<ptrdiff_t>(undisturbed.count("socket(", i + 1)) - 1;
         const bool removing = requests[static_cast<size_t>(request)] == removal;
-        const bool fatal = !fault->message.empty() && !removing;
-        for (const int error : fault->errors) {
-            if (number++ % every() != 0)
+        const bool fatal = !modes->message.empty() && !removing;
+        for (const int error : modes->errors) {
+            if (number++ % stride() != 0)
                 continue;
             ++tried;
             SCOPED_TRACE(line + " -> " + strerror(error));
@@ -350,16 +361,16 @@ TEST_P(FaultAtAnyCall, IsReportedOrHarmless)
 
             Outcome expected = undisturbed.trial.outcome;
             if (fatal)
-                expected = failure(fault->message
-                                   + (fault->message.ends_with(' ') ? strerror(error) : ""));
-            if (fault->call.starts_with("unlink"))
+                expected = failure(modes->message
+                                   + (modes->message.ends_with(' ') ? strerror(error) : ""));
+            if (modes->call.starts_with("unlink"))
                 expected.left = undisturbed.left(i);
-            if (fault->call == "ioctl" || fault->call == "rt_sigaction")
+            if (modes->call == "ioctl" || modes->call == "rt_sigaction")
                 for (std::string* out : {&trial.outcome.out, &expected.out})
                     *out = without_password(*out);
             EXPECT_EQ(comparable(trial.outcome, undisturbed.trial.outcome), expected);
 
-            Requests wire = fault->message.empty() ? requests : undisturbed.sent(i);
+            Requests wire = modes->message.empty() ? requests : undisturbed.sent(i);
             if (fatal && add < request)
                 wire.push_back(removal);
             EXPECT_EQ(trial.requests, wire);
@@ -381,11 +392,11 @@ TEST_P(SignalAtAnyCall, RestoresTheTerminalAndDoesNotDisturbTheNextRun)
     const std::string name = sigabbrev_np(signal);
     const bool ends = signal != SIGTSTP && signal != SIGWINCH;
     int tried = 0;
-    for (size_t i = static_cast<size_t>(signal) % every(); i < undisturbed.calls.size();
-         i += every()) {
+    for (size_t i = static_cast<size_t>(signal) % stride(); i < undisturbed.calls.size();
+         i += stride()) {
         ++tried;
-        const Call& call = undisturbed.calls[i];
-        const auto& [fault, line, nth] = call;
+        const TracedCall& call = undisturbed.calls[i];
+        const auto& [modes, line, nth] = call;
         SCOPED_TRACE(line);
         const Trial trial = attempt(
             action,
@@ -396,7 +407,7 @@ TEST_P(SignalAtAnyCall, RestoresTheTerminalAndDoesNotDisturbTheNextRun)
         const size_t done = signal == SIGKILL ? i : i + 1;
         // The handlers are installed only around the calls on standard input.
         const bool handled = undisturbed.count("rt_sigaction(SIG" + name, done) == 1
-            && (line.find("(0, ") != line.npos || fault->call == "rt_sigaction");
+            && (line.find("(0, ") != line.npos || modes->call == "rt_sigaction");
         Outcome expected = undisturbed.trial.outcome;
         Requests wire = undisturbed.trial.requests;
         if (ends) {
@@ -443,7 +454,7 @@ TEST_P(NoMemoryAtAnyAllocation, IsReportedOrHarmless)
             == -SIGKILL)
             last += step;
     // Always all of this action, which uses most of the library.
-    const size_t step = every(action.name == "ConnectOpen" ? 1 : 7);
+    const size_t step = stride(action.name == "ConnectOpen" ? 1 : 7);
     int tried = 0;
     for (int nth = 1; nth <= last; nth += static_cast<int>(step)) {
         ++tried;
