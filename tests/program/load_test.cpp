@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// Many exchanges, one after another and at once. scripts/load makes many more of them.
+// Many exchanges, one after another and at once, get their own replies and use up nothing.
+// scripts/load makes many more of them.
 
 #include "cvn/wifi.hpp"
 #include "support/fake_supplicant.hpp"
@@ -9,6 +10,7 @@
 
 #include <gtest/gtest.h>
 #include <malloc.h>
+#include <sys/ioctl.h>
 #include <sys/syscall.h>
 
 #include <algorithm>
@@ -17,6 +19,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <future>
 #include <iostream>
 #include <iterator>
 #include <thread>
@@ -37,7 +40,7 @@ class Mirror : public ManualSupplicant {
 public:
     Mirror()
         : thread_([this] {
-            for (::Request request = receive(); !request.sender.empty(); request = receive())
+            for (::Request request = receive(-1); !request.sender.empty(); request = receive(-1))
                 EXPECT_EQ(send(request.sender,
                                "wpa_state=" + request.bytes + "\nssid=" + request.sender + "\n"),
                           0);
@@ -75,12 +78,10 @@ void print_pid_and_wait()
 }
 
 /// Checks that the program, which printed its process id first, got its own reply.
-void expect_own_reply(Outcome outcome)
+void expect_own_reply(const Outcome& outcome)
 {
     const std::string pid = outcome.out.substr(0, outcome.out.find('\n'));
     const std::string own = "/tmp/corvane-wpa-" + pid + "-0";
-    // An earlier process with the same id may have been killed and have left other numbers.
-    std::erase_if(outcome.left, [&](const std::string& path) { return path != own; });
     EXPECT_EQ(outcome,
               (Outcome{0, pid + "\nState: STATUS\nNetwork: " + own + "\nAddress: \n", ""}));
 }
@@ -118,13 +119,13 @@ void call_from_eight_threads(const Client& client, int calls)
     });
 }
 
-struct Use {
+struct Resources {
     size_t heap;
     std::ptrdiff_t descriptors;
-    std::ptrdiff_t files; ///< In /tmp, of this process or an earlier one with the same id.
+    std::ptrdiff_t socket_files;
 };
 
-Use use()
+Resources resources_in_use()
 {
     const struct mallinfo2 heap = mallinfo2();
     const std::filesystem::directory_iterator descriptors("/proc/self/fd");
@@ -151,15 +152,19 @@ TEST(ManyRuns, AtOnceGetTheirOwnReplies)
     const Mirror supplicant;
     const Environment environment = environment_for(supplicant.path());
     ASSERT_EQ(pipe(gate.arrived) + pipe(gate.open), 0);
-    std::thread opener([&] {
-        char byte = 0;
-        for (int i = 0; i < runs; ++i)
-            EXPECT_EQ(read(gate.arrived[0], &byte, 1), 1);
-        close(gate.open[1]);
+    std::vector<std::future<Outcome>> outcomes;
+    for (int i = 0; i < runs; ++i)
+        outcomes.push_back(std::async(std::launch::async, [&] {
+            return run({"status"}, environment, "", print_pid_and_wait);
+        }));
+    wait_until("all runs have started", [&] {
+        int arrived = 0;
+        ioctl(gate.arrived[0], FIONREAD, &arrived);
+        return arrived == runs;
     });
-    in_threads(
-        runs, [&](int) { expect_own_reply(run({"status"}, environment, "", print_pid_and_wait)); });
-    opener.join();
+    close(gate.open[1]);
+    for (std::future<Outcome>& outcome : outcomes)
+        expect_own_reply(outcome.get());
     for (const int descriptor : {gate.arrived[0], gate.arrived[1], gate.open[0]})
         close(descriptor);
 }
@@ -172,17 +177,17 @@ TEST(ManyCalls, GetTheirOwnRepliesAndLeaveNothingBehind)
     const auto make = [&](int half) {
         call_from_one_thread(client, half);
         call_from_eight_threads(client, half);
-        return use();
+        return resources_in_use();
     };
-    const Use first = make(500);
-    const Use last = make((calls - 1000) / 2);
+    const Resources first = make(500);
+    const Resources last = make((calls - 1000) / 2);
     std::cout << "1000 calls: " << first.heap << " bytes, " << first.descriptors << " descriptors\n"
               << calls << " calls: " << last.heap << " bytes, " << last.descriptors
               << " descriptors\n";
     // More arenas for threads may need that much. A leak in each call would need far more.
     EXPECT_LE(last.heap, first.heap + 65536);
     EXPECT_EQ(last.descriptors, first.descriptors);
-    EXPECT_LE(last.files, first.files);
+    EXPECT_EQ(last.socket_files, 0);
 }
 
 TEST(ManyCalls, WaitWhileTheQueueIsFull)
@@ -190,27 +195,26 @@ TEST(ManyCalls, WaitWhileTheQueueIsFull)
     int queue = 0;
     std::ifstream("/proc/sys/net/unix/max_dgram_qlen") >> queue;
     const int threads = queue + 10;
+    std::vector<std::future<QByteArray>> replies; // end with the supplicant at the latest
     const ManualSupplicant supplicant;
     const Client client = client_of(supplicant);
+    for (int thread = 0; thread < threads; ++thread)
+        replies.push_back(std::async(std::launch::async, [client, thread] {
+            return client.command("CALL " + QByteArray::number(thread), 30000);
+        }));
     const std::string sending = std::to_string(SYS_sendto) + ' ';
-    std::thread supplying([&] {
-        wait_until("some cannot send", [&] {
-            for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-                std::string call;
-                std::getline(std::ifstream(task.path() / "syscall"), call);
-                if (call.starts_with(sending))
-                    return true;
-            }
-            return false;
-        });
-        for (int i = 0; i < threads; ++i) {
-            const Request request = supplicant.receive();
-            EXPECT_EQ(supplicant.send(request.sender, "re: " + request.bytes), 0);
-        }
+    wait_until("some cannot send", [&] {
+        return std::ranges::any_of(
+            std::filesystem::directory_iterator("/proc/self/task"), [&](const auto& task) {
+                return contents(task.path() / "syscall").starts_with(sending);
+            });
     });
-    in_threads(threads, [&](int thread) {
-        const QByteArray request = "CALL " + QByteArray::number(thread);
-        EXPECT_EQ(client.command(request, -1), "re: " + request);
-    });
-    supplying.join();
+    for (int thread = 0; thread < threads; ++thread) {
+        const Request request = supplicant.receive();
+        ASSERT_FALSE(request.sender.empty()) << "no request has arrived";
+        EXPECT_EQ(supplicant.send(request.sender, "re: " + request.bytes), 0);
+    }
+    for (int thread = 0; thread < threads; ++thread)
+        EXPECT_EQ(replies[static_cast<size_t>(thread)].get(),
+                  "re: CALL " + QByteArray::number(thread));
 }
