@@ -5,12 +5,12 @@
 # The machines' first scripts read it, so it runs under busybox's shell and under dash.
 
 # In one namespace the kernel would hand packets between station and access point directly.
-unshare -n sleep 2147483647 &
-air=$!
-echo "$air" >/run/air
-while [ "$(readlink "/proc/$air/ns/net")" = "$(readlink /proc/self/ns/net)" ]; do usleep 10000; done
-in_air() { nsenter -t "$air" -n "$@"; }
-for n in 1 2 3 4 5; do iw phy "phy$n" set netns "$air"; done
+air=/run/netns/air
+mkdir -p /run/netns
+touch "$air"
+unshare --net="$air" true
+in_air() { nsenter --net="$air" "$@"; }
+for n in 1 2 3 4 5; do iw phy "phy$n" set netns name air; done
 in_air ip link add br0 type bridge
 in_air ip addr add 10.66.0.1/24 dev br0
 in_air ip link set br0 up

@@ -4,7 +4,7 @@
 # shellcheck shell=sh disable=SC2034 # $out, $err and $status are for the scenarios
 
 conf=/etc/wpa_supplicant.conf
-base="ctrl_interface=DIR=/run/wpa_supplicant GROUP=netdev
+empty_conf="ctrl_interface=DIR=/run/wpa_supplicant GROUP=netdev
 update_config=1"
 # Debian's wpa_supplicant writes this line into each profile since 2.10.
 case $(wpa_supplicant -v) in
@@ -17,23 +17,41 @@ export CORVANE_WIFI_SCAN_DELAY_MS=2500
 # A busy machine may need longer than the default for a connection.
 export CORVANE_WIFI_CONNECT_TIMEOUT_MS=60000
 
+run_scenario() { # NAME
+    scenario=$1
+    read -r began rest </proc/uptime
+    (
+        for n in 1 2 3 4 5; do radio_on "$n"; done
+        start_afresh
+        set -e
+        # shellcheck source=/dev/null # each is checked by itself
+        . "/lab/$scenario.sh"
+    )
+    status=$?
+    [ "$status" -eq 0 ] || verdict "not ok" "the scenario ended early with status $status"
+    read -r ended rest </proc/uptime
+    echo "# $scenario took $((${ended%.*} - ${began%.*})) s"
+}
+
 # Checks: each prints one line, and what was expected when it does not hold.
 
-check() { # TEXT COMMAND...: the command succeeds
-    text=$1
+verdict() { echo "$1 - ${scenario:+$scenario: }$2"; } # RESULT SENTENCE
+check() { # SENTENCE COMMAND...: the command succeeds
+    sentence=$1
     shift
     if "$@"; then
-        echo "ok - $text"
+        verdict ok "$sentence"
     else
-        echo "not ok - $text"
+        verdict "not ok" "$sentence"
         show "this failed" "$*"
+        show "the last result of corvane-wifi" "$(last_result)"
     fi
 }
-same() { # TEXT EXPECTED ACTUAL
+same() { # SENTENCE EXPECTED ACTUAL
     if [ "$2" = "$3" ]; then
-        echo "ok - $1"
+        verdict ok "$1"
     else
-        echo "not ok - $1"
+        verdict "not ok" "$1"
         show expected "$2"
         show actual "$3"
     fi
@@ -42,32 +60,29 @@ show() { # WHAT TEXT
     printf '#   %s:\n' "$1"
     printf '%s\n' "$2" | sed 's/^/#     /'
 }
-says() { # TEXT STATUS OUTPUT [ERROR]: the whole of what the last run of wifi said
-    same "$1" "exit status $2
-$3
-errors: ${4-}" "exit status $status
-$out
-errors: $err"
+last_result() { printf 'exit status %s\n%s\nerrors: %s\n' "${status-}" "${out-}" "${err-}"; }
+result() { # SENTENCE STATUS OUTPUT [ERRORS]: all of the last result of corvane-wifi
+    same "$1" "$(status=$2 out=$3 err=${4-} && last_result)" "$(last_result)"
 }
 
 # The program.
 
-wifi() { # ARGUMENT...: leaves $out, $err and $status
+run() { # COMMAND...: leaves $out, $err and $status
     status=0
-    corvane-wifi "$@" >/tmp/out 2>/tmp/err || status=$?
+    "$@" >/tmp/out 2>/tmp/err || status=$?
     out=$(cat /tmp/out) err=$(cat /tmp/err)
 }
-join() { # NAME PASSWORD
+wifi() { run timeout 300 corvane-wifi "$@"; }
+join() { # SSID PASSWORD
     printf '%s\n' "$2" >/tmp/password
     wifi connect --password-stdin "$1" </tmp/password
 }
-in_vain() { # COMMAND...: one that can only time out
+with_short_timeout() { # COMMAND...: one that can only time out
     CORVANE_WIFI_CONNECT_TIMEOUT_MS=5000 "$@"
 }
-typist() { # TEXT KEYS... -- COMMAND: leaves $out and $status
-    status=0
-    /lab/typist "$@" >/tmp/out || status=$?
-    out=$(cat /tmp/out)
+typist() { # TEXT KEYS... -- COMMAND
+    run /lab/typist "$@"
+    [ -z "$err" ] || show "the typist's errors" "$err"
 }
 no_sockets_left() {
     set -- /tmp/corvane-wpa-*
@@ -78,9 +93,10 @@ no_sockets_left() {
 
 ask() { wpa_cli -i wlan0 "$@" 2>/dev/null; }
 profiles() { ask list_networks | sed 1d; }
-state() { ask status | sed -n 's/^wpa_state=//p'; }
-identity() { stat -c '%i %s %y' "$conf" && sha256sum "$conf"; }
-wait_for() { # COMMAND...: until it succeeds, or for a minute
+state() { current wpa_state; }
+current() { ask status | sed -n "s/^$1=//p"; } # FIELD
+file_identity() { stat -c '%i %s %y' "$conf" && sha256sum "$conf"; }
+within_a_minute() { # COMMAND...: it succeeds
     read -r now rest </proc/uptime
     end=$((${now%.*} + 60))
     until "$@"; do
@@ -89,48 +105,53 @@ wait_for() { # COMMAND...: until it succeeds, or for a minute
         [ "${now%.*}" -lt "$end" ] || return 1
     done
 }
-answers() { [ "$(ask ping)" = PONG ]; }
+wait_for() { # COMMAND...
+    within_a_minute "$@" && return
+    echo "# waited a minute for: $*"
+    return 1
+}
+is_answering() { [ "$(ask ping)" = PONG ]; }
 reaches_access_point() { ping -c 1 -W 1 10.66.0.1 >/dev/null; }
-has_address() { ask status | grep -q ^ip_address=; }
+has_address() { [ -n "$(current ip_address)" ]; }
 state_is() { [ "$(state)" = "$1" ]; }
 has_profile() { profiles | grep -q "	$1	"; }
-start() {
+start_supplicant() {
     wpa_supplicant -B -Dnl80211 -iwlan0 -c "$conf" -P /run/wpa.pid -f /run/wpa.log >/dev/null
-    if ! wait_for answers; then
-        echo "not ok - wpa_supplicant answers"
+    if ! wait_for is_answering; then
+        verdict "not ok" "wpa_supplicant answers"
         show "the end of its log" "$(tail -n 5 /run/wpa.log)"
     fi
     # A tablet has a DHCP client that follows the link.
     wpa_cli -i wlan0 -a /lab/online -P /run/online.pid -B
 }
-kill_daemon() { # SIGNAL
+kill_supplicant() { # SIGNAL
     kill "$(cat /run/online.pid)" 2>/dev/null
     pid=$(cat /run/wpa.pid)
     kill "-$1" "$pid"
-    wait_for ended "$pid"
+    wait_for has_ended "$pid"
 }
-ended() { [ ! -e "/proc/$1" ]; }
-fresh() { # starts anew with an empty list of networks
-    [ ! -e /run/wpa.pid ] || kill_daemon TERM
-    printf '%s\n' "$base" >"$conf"
+has_ended() { [ ! -e "/proc/$1" ]; }
+start_afresh() { # with no saved network
+    [ ! -e /run/wpa.pid ] || kill_supplicant TERM
+    printf '%s\n' "$empty_conf" >"$conf"
     ip addr flush dev wlan0
-    start
+    start_supplicant
 }
-scanned() { # NAME...: asks as long as one is missing
+scan_finds() { # SSID...: asks as long as one is missing
     ask scan >/dev/null
     results=$(ask scan_results)
     for name; do
         case $results in *"]	$name"*) ;; *) return 1 ;; esac
     done
 }
-idle() { ! state_is SCANNING; }
-in_range() {
-    wait_for scanned "$@" || echo "# not in range: $*"
-    wait_for idle || true
+is_idle() { ! state_is SCANNING; }
+in_range() { # SSID...
+    wait_for scan_finds "$@" || true
+    wait_for is_idle || true
 }
 
 # The air: only radios of one group hear each other.
 
-audible() { echo "$2" >"/sys/kernel/debug/ieee80211/phy$1/hwsim/group"; }
-radio_off() { audible "$1" 2; }
-radio_on() { audible "$1" 1; }
+set_group() { echo "$2" >"/sys/kernel/debug/ieee80211/phy$1/hwsim/group"; }
+radio_off() { set_group "$1" 2; }
+radio_on() { set_group "$1" 1; }

@@ -1,36 +1,37 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=sh disable=SC2154 # from library.sh
 #
-# Disconnecting keeps a network, forgetting does not.
+# Disconnecting keeps a saved network; forgetting removes it from wpa_supplicant and the file.
+
+is_offline() { ! state_is COMPLETED; }
 
 in_range Home2 Mixed
 join Mixed mixed-password
-says "one network is saved" 0 "Connected to Mixed."
+result "connect adds Mixed" 0 "Connected to Mixed."
 join Home2 home2-password
-says "and a second" 0 "Connected to Home2."
-before=$(identity)
+result "connect adds Home2" 0 "Connected to Home2."
+before=$(file_identity)
 wifi disconnect
-says "disconnect disconnects" 0 "Wi-Fi disconnected."
-check "wpa_supplicant agrees" wait_for state_is DISCONNECTED
+result "disconnect succeeds" 0 "Wi-Fi disconnected."
+check "wpa_supplicant is disconnected" wait_for state_is DISCONNECTED
 wifi connect Home2
-says "connect needs no password again" 0 "Connected to Home2."
-same "neither has written the file" "$before" "$(identity)"
+result "connect needs no password for a saved network" 0 "Connected to Home2."
+same "neither disconnect nor connect writes the file" "$before" "$(file_identity)"
 
 wifi forget Home2
-says "forget wants --yes" 1 "" "corvane-wifi: Forgetting writes the saved Wi-Fi file. Use: \
+result "forget requires --yes" 1 "" "corvane-wifi: Forgetting writes the saved Wi-Fi file. Use: \
 corvane-wifi forget --yes SSID"
-same "and is harmless without" "$before" "$(identity)"
-check "so the connection stays" state_is COMPLETED
+same "forget without --yes does not write the file" "$before" "$(file_identity)"
+check "forget without --yes keeps the connection" state_is COMPLETED
 wifi forget --yes Home2
-says "forget --yes forgets" 0 "Forgot Home2."
-off_line() { ! state_is COMPLETED; }
-check "the connection is gone" wait_for off_line
-same "and the profile, from wpa_supplicant" "Mixed" "$(profiles | cut -f 2)"
-same "and from the file" '	ssid="Mixed"' "$(grep ssid= "$conf")"
+result "forget --yes succeeds" 0 "Forgot Home2."
+check "forget --yes ends the connection" wait_for is_offline
+same "forget --yes removes the profile from wpa_supplicant" Mixed "$(profiles | cut -f 2)"
+same "forget --yes removes the profile from the file" '	ssid="Mixed"' "$(grep ssid= "$conf")"
 wifi connect Home2
-same "connect would need the password now" 1 "$status"
+same "connect to the forgotten network fails without its password" 1 "$status"
 wifi forget --yes Home2
-same "there is nothing more to forget" 1 "$status"
+same "forgetting the same network again fails" 1 "$status"
 wifi forget --yes --json Mixed
-says "the last one goes too" 0 '{"ok":true}'
-same "the file is as in the beginning" "$base" "$(cat "$conf")"
+result "forget --json forgets the last network" 0 '{"ok":true}'
+same "the file is as in the beginning" "$empty_conf" "$(cat "$conf")"

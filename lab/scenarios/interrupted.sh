@@ -1,88 +1,93 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=sh disable=SC2154 # from library.sh
 #
-# The access point, wpa_supplicant or the program itself goes away while it is connecting.
+# A lost access point, a stopped wpa_supplicant or a killed connect leaves nothing in the file.
 
-# Starts connecting to Home2, which does not answer.
-begin() {
+connect_to_silent_home2() { # in the background
     in_range Home2 Cafe
     radio_off 2
-    printf 'home2-password\n' | corvane-wifi connect --password-stdin Home2 >/tmp/out 2>/tmp/err &
+    printf 'home2-password\n' \
+        | timeout 300 corvane-wifi connect --password-stdin Home2 >/tmp/out 2>/tmp/err &
     program=$!
 }
 is_searching() { has_profile Home2 && state_is SCANNING; }
-finish() {
+await_program() { # under its time limit
     status=0
     wait "$program" 2>/dev/null || status=$?
     out=$(cat /tmp/out) err=$(cat /tmp/err)
     radio_on 2
 }
-works() { # AFTER
+next_command_works() { # AFTER
     in_range Cafe
     wifi connect --open Cafe
-    says "after $1 the next command works" 0 "Connected to Cafe."
+    result "connect works after $1" 0 "Connected to Cafe."
     wifi forget --yes Cafe
-    check "and no socket is left" no_sockets_left
+    check "no socket is left after $1" no_sockets_left
 }
-gone="Could not connect to wpa_supplicant: Connection refused|\
+lost="Could not connect to wpa_supplicant: Connection refused|\
 Could not connect to wpa_supplicant: No such file or directory|\
 Could not send Wi-Fi command: Connection refused|\
 Could not read Wi-Fi response: Connection reset by peer|\
-Timed out waiting for wpa_supplicant.|Timed out connecting to Home2."
-one_of() { # SENTENCES
-    sentence=${err#corvane-wifi: }
-    case "|$1|" in *"|$sentence|"*) [ "$status" -eq 1 ] && [ -z "$out" ] ;; *) return 1 ;; esac
+Timed out waiting for wpa_supplicant."
+failed_with() { # MESSAGE|MESSAGE...: one of them
+    case "|$1|" in
+    *"|${err#corvane-wifi: }|"*) [ "$status" -eq 1 ] && [ -z "$out" ] ;;
+    *) return 1 ;;
+    esac
 }
 
-begin
+connect_to_silent_home2
 wait_for is_searching
 radio_on 2
-finish
-says "an access point that comes back in time is connected to" 0 "Connected to Home2."
+await_program
+result "connect succeeds when the access point comes back in time" 0 "Connected to Home2."
 wifi forget --yes Home2
 
-in_vain begin
-finish
-says "one that stays away is given up" 1 "" "corvane-wifi: Timed out connecting to Home2."
-same "its profile is removed" "" "$(profiles)"
-same "and the file has none" "$base" "$(cat "$conf")"
-works "a lost access point"
+with_short_timeout connect_to_silent_home2
+await_program
+result "connect times out when the access point stays away" 1 "" \
+    "corvane-wifi: Timed out connecting to Home2."
+same "a connect that timed out removes its profile" "" "$(profiles)"
+same "a connect that timed out leaves the file empty" "$empty_conf" "$(cat "$conf")"
+next_command_works "a lost access point"
 
-begin
+connect_to_silent_home2
 wait_for is_searching
-kill_daemon KILL
-finish
-check "a killed wpa_supplicant is reported: $err" one_of "${gone%|Timed out connecting*}"
+kill_supplicant KILL
+await_program
+check "connect reports a killed wpa_supplicant: $err" failed_with "$lost"
 wifi status
-says "so it is by the next command" 1 "" \
+result "status reports a killed wpa_supplicant" 1 "" \
     "corvane-wifi: Could not connect to wpa_supplicant: Connection refused"
-start
-same "its successor knows no profile" "" "$(profiles)"
-same "for the file has none" "$base" "$(cat "$conf")"
-works "a killed wpa_supplicant"
+start_supplicant
+same "wpa_supplicant has no profile when it starts again" "" "$(profiles)"
+same "the file has no profile after wpa_supplicant was killed" "$empty_conf" "$(cat "$conf")"
+next_command_works "wpa_supplicant was killed"
 
-CORVANE_WIFI_CONNECT_TIMEOUT_MS=20000 begin
+CORVANE_WIFI_CONNECT_TIMEOUT_MS=20000 connect_to_silent_home2
 wait_for is_searching
-kill_daemon TERM
-start
-finish
-check "a restarted wpa_supplicant is reported, or waited for in vain: $err" one_of "$gone"
-same "no profile is left" "" "$(profiles)"
-same "and the file has none" "$base" "$(cat "$conf")"
-works "a restart"
+kill_supplicant TERM
+start_supplicant
+await_program
+check "connect reports a restart of wpa_supplicant or times out: $err" \
+    failed_with "$lost|Timed out connecting to Home2."
+same "wpa_supplicant has no profile after its restart" "" "$(profiles)"
+same "the file has no profile after the restart" "$empty_conf" "$(cat "$conf")"
+next_command_works "a restart of wpa_supplicant"
 
-begin
+connect_to_silent_home2
 wait_for is_searching
 kill -KILL "$program"
-finish
-same "the program can be killed" 137 "$status"
-same "the file has no profile then" "$base" "$(cat "$conf")"
-same "wpa_supplicant keeps the unfinished one" "0	Home2	any" "$(profiles | cut -f 1-3)"
+await_program
+same "SIGKILL ends connect" 137 "$status"
+same "the file has no profile after connect was killed" "$empty_conf" "$(cat "$conf")"
+same "wpa_supplicant keeps the profile of the killed connect" "0	Home2	any" \
+    "$(profiles | cut -f 1-3)"
 in_range Home2
 wifi connect Home2
-says "which the next run takes for a saved one and connects" 0 "Connected to Home2."
+result "the next connect uses that profile like a saved one" 0 "Connected to Home2."
 wifi forget --yes Home2
-says "and another forgets" 0 "Forgot Home2."
-same "then nothing is left" "" "$(profiles)"
+result "forget removes that profile" 0 "Forgot Home2."
+same "wpa_supplicant has no profile in the end" "" "$(profiles)"
 rm -f /tmp/corvane-wpa-* # a kill in the middle of a request leaves one
-works "a killed run"
+next_command_works "connect was killed"

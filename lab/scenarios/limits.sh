@@ -7,44 +7,46 @@
 # The default wait is shorter than a scan.
 unset CORVANE_WIFI_SCAN_DELAY_MS
 wifi list
-says "the first list after a start is empty" 0 ""
+result "the first list after a start is empty" 0 ""
 in_range Cafe Home2 "Caf\\xc3\\xa9" Quote
 wifi list --cached
-check "the next one is not" [ "$(printf '%s\n' "$out" | wc -l)" -eq 13 ]
-check "a hidden network is never shown" sh -c '! grep -q Attic /tmp/out'
+check "the second list is complete" [ "$(printf '%s\n' "$out" | wc -l)" -eq 13 ]
+check "list does not show a hidden network" sh -c '! grep -q Attic /tmp/out'
 
-# Names are used as wpa_supplicant prints them.
+# SSIDs are used as wpa_supplicant prints them.
 join "Café" cafe-password
-says "a name with other than ASCII letters is not found" 1 "" \
+result "connect does not find an SSID with a letter outside ASCII" 1 "" \
     "corvane-wifi: Network was not found. Run corvane-wifi list first."
-in_vain join 'Caf\xc3\xa9' cafe-password
-says "as printed it times out" 1 "" 'corvane-wifi: Timed out connecting to Caf\xc3\xa9.'
-in_vain join 'Bob \"5G\" C:\\net' bobs-password
-says "so does one with quotes and backslashes" 1 "" \
+with_short_timeout join 'Caf\xc3\xa9' cafe-password
+result "connect to that SSID as list prints it times out" 1 "" \
+    'corvane-wifi: Timed out connecting to Caf\xc3\xa9.'
+with_short_timeout join 'Bob \"5G\" C:\\net' bobs-password
+result "connect to an SSID with quotes and backslashes times out" 1 "" \
     'corvane-wifi: Timed out connecting to Bob \"5G\" C:\\net.'
-same "and no profile is left" "" "$(profiles)"
+same "connecting to unusual SSIDs leaves no profile" "" "$(profiles)"
 id=$(ask add_network)
 ask set_network "$id" ssid 436166c3a9 >/dev/null
 ask set_network "$id" psk '"cafe-password"' >/dev/null
 ask save_config >/dev/null
 wifi connect 'Caf\xc3\xa9'
-says "saved by other means it connects as printed" 0 'Connected to Caf\xc3\xa9.'
+result "connect takes a saved SSID as list prints it" 0 'Connected to Caf\xc3\xa9.'
 wifi forget --yes 'Caf\xc3\xa9'
-says "and is forgotten as printed" 0 'Forgot Caf\xc3\xa9.'
-same "leaving nothing" "$base" "$(cat "$conf")"
+result "forget takes a saved SSID as list prints it" 0 'Forgot Caf\xc3\xa9.'
+same "forget removes that profile from the file" "$empty_conf" "$(cat "$conf")"
 
 # wpa_supplicant takes what stands between the quotes as it is, the added backslashes too.
-in_vain join Quote 'say "friend"'
-says "a password with a quote does not match" 1 "" "corvane-wifi: Timed out connecting to Quote."
-same "and no profile is left" "" "$(profiles)"
+with_short_timeout join Quote 'say "friend"'
+result "connect with a password that contains quotes times out" 1 "" \
+    "corvane-wifi: Timed out connecting to Quote."
+same "connecting with such a password leaves no profile" "" "$(profiles)"
 
 join Home2 home2-password
-says "one network is saved" 0 "Connected to Home2."
+result "connect saves the first network" 0 "Connected to Home2."
 wifi connect --open Cafe
-says "and a second" 0 "Connected to Cafe."
-same "wpa_supplicant has disabled the first" "Home2 [DISABLED]
+result "connect saves the second network" 0 "Connected to Cafe."
+same "adding the second network disables the first in wpa_supplicant" "Home2 [DISABLED]
 Cafe [CURRENT]" "$(profiles | cut -f 2,4 | tr '\t' ' ')"
-same "and stored that" "$base
+same "adding the second network disables the first in the file" "$empty_conf
 
 network={
 	ssid=\"Home2\"
@@ -58,5 +60,6 @@ network={
 	key_mgmt=NONE$mesh
 }" "$(cat "$conf")"
 
-in_vain join Modern modern-password
-says "a WPA3-only network times out" 1 "" "corvane-wifi: Timed out connecting to Modern."
+with_short_timeout join Modern modern-password
+result "connect to a WPA3-only network times out" 1 "" \
+    "corvane-wifi: Timed out connecting to Modern."

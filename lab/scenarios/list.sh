@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=sh disable=SC2154 # from library.sh
 #
-# All that is in the air, in its order, as a table and as JSON.
+# list shows every network in range and every saved one, in order, as a table and as JSON.
 
 in_range Cafe Twins Home2 Antique
 table='  ABCDEFGHIJKLMNOPQRSTUVWXYZ012345  [open, -45 dBm]
@@ -17,24 +17,24 @@ table='  ABCDEFGHIJKLMNOPQRSTUVWXYZ012345  [open, -45 dBm]
   Office  [unsupported, -55 dBm]
   Quote  [WPA personal, -45 dBm]
   Twins  [WPA personal, -40 dBm]'
-# Networks of one level may come in any order.
+# Networks with the same signal level may come in any order.
 by_name() { printf '%s\n' "$out" | sed 's/^[0-9]*\. //' | sort; }
 levels() { printf '%s\n' "$out" | sed 's/.*, \(-[0-9]*\) dBm.*/\1/'; }
 numbers() { printf '%s\n' "$out" | sed 's/\. .*//'; }
 
 wifi list
-same "list shows every name once, with its security and level" "$table" "$(by_name)"
-same "the strongest come first" "$(levels | sort -nr)" "$(levels)"
-same "the lines are numbered" "$(seq 1 13)" "$(numbers)"
-same "nothing is said on standard error" "0 " "$status $err"
+same "list shows every SSID once, with its security and level" "$table" "$(by_name)"
+same "list shows the strongest networks first" "$(levels | sort -nr)" "$(levels)"
+same "list numbers its lines" "$(seq 1 13)" "$(numbers)"
+same "list prints no errors" "0 " "$status $err"
 
 wifi list --cached
-same "list --cached shows the same" "$table" "$(by_name)"
-wait_for idle
-same "and has started no scan, for another starts" OK "$(ask scan)"
-same "during which none can be started" FAIL-BUSY "$(ask scan)"
+same "list --cached shows the same networks" "$table" "$(by_name)"
+wait_for is_idle
+same "list --cached has not started a scan, so one can start now" OK "$(ask scan)"
+same "a second scan cannot start during the first" FAIL-BUSY "$(ask scan)"
 wifi list
-same "list during a scan shows them all" "$table" "$(by_name)"
+same "list shows all networks when a scan is already running" "$table" "$(by_name)"
 
 wifi list --json --cached
 object() { # NAME BSSID FREQUENCY SIGNAL SECURITY SUPPORTED
@@ -57,14 +57,14 @@ json=$({
     object Quote 01:05 2412 -45 'WPA personal' true
     object Twins 03:00 2422 -40 'WPA personal' true
 } | sort)
-same "list --json holds the same" "$json" \
+same "list --json shows the same networks" "$json" \
     "$(printf '%s\n' "$out" | sed 's/^\[//; s/\]$//; s/},{/}\n{/g' | sort)"
 
 radio_off 3
 ask bss_flush 0 >/dev/null # else its last beacons count for half a minute
 in_range Twins Home2 Antique
 wifi list --cached
-same "the name with two access points takes the other one's level" \
+same "an SSID with two access points takes the level of the one left" \
     "13.   Twins  [WPA personal, -75 dBm]" "$(printf '%s\n' "$out" | tail -n 1)"
 radio_on 3
 
@@ -72,5 +72,6 @@ id=$(ask add_network)
 ask set_network "$id" ssid '"Nowhere"' >/dev/null
 join Home2 home2-password
 wifi list
-same "the current one comes first, then the saved" "1. * Home2  [WPA personal, -55 dBm, saved]
+same "list shows the current network first, then the saved one" \
+    "1. * Home2  [WPA personal, -55 dBm, saved]
 2.   Nowhere  [unsupported, saved, saved]" "$(printf '%s\n' "$out" | head -n 2)"

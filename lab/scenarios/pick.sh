@@ -1,50 +1,49 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=sh disable=SC2154 # from library.sh
 #
-# At a terminal: the number, and the password that nobody sees.
+# At a terminal, pick asks for a number and then for a password, which it does not show.
 
 in_range Home2 Modern Cafe
 export CORVANE_WIFI_SCAN_DELAY_MS=300 # the last scan is good enough
-# The table is the business of another scenario, and so is the number of a name.
-said() { printf '%s\n' "$out" | sed '/^[0-9]*\. /d; s/^\(Network number: .*\]\)[0-9]*$/\1N/'; }
+# Another scenario checks the table and which number a network gets.
+dialogue() { printf '%s\n' "$out" | sed '/^[0-9]*\. /d; s/^\(Network number: .*\]\)[0-9]*$/\1N/'; }
 
 typist "Network number: " "#Home2" "Wi-Fi password: " home2-password -- corvane-wifi pick
 same "pick asks for a number and a hidden password, and connects" "Network number: [echo on]N
 Wi-Fi password: [echo off]
 Connected to Home2.
-[echo on]" "$(said)"
-same "with exit status 0" 0 "$status"
-same "wpa_supplicant is there" "COMPLETED Home2" \
-    "$(state) $(ask status | sed -n 's/^ssid=//p')"
-check "the profile is in the file" grep -q 'ssid="Home2"' "$conf"
+[echo on]" "$(dialogue)"
+same "pick exits with status 0" 0 "$status"
+same "wpa_supplicant is connected to Home2" "COMPLETED Home2" "$(state) $(current ssid)"
+check "the file has the profile" grep -q 'ssid="Home2"' "$conf"
 
-before=$(identity)
+before=$(file_identity)
 typist "Network number: " "#Home2" -- corvane-wifi pick
-same "the current one is no work" "0 Network number: [echo on]N
+same "picking the current network changes nothing" "0 Network number: [echo on]N
 Already connected.
-[echo on]" "$status $(said)"
-check "and stands first" sh -c 'grep -q "^1\. \* Home2  \[" /tmp/out'
+[echo on]" "$status $(dialogue)"
+check "pick lists the current network first" sh -c 'grep -q "^1\. \* Home2  \[" /tmp/out'
 typist "Network number: " "#Modern" -- corvane-wifi pick
-same "an unsupported one is refused" "1 Network number: [echo on]N
+same "pick refuses an unsupported network" "1 Network number: [echo on]N
 corvane-wifi: That network uses an unsupported security mode.
-[echo on]" "$status $(said)"
+[echo on]" "$status $(dialogue)"
 typist "Network number: " 99 -- corvane-wifi pick
-same "so is a number that is not there" "1 Network number: [echo on]N
+same "pick refuses a number that is not in the list" "1 Network number: [echo on]N
 corvane-wifi: Invalid network number.
-[echo on]" "$status $(said)"
+[echo on]" "$status $(dialogue)"
 typist "Network number: " "#Mixed" "Wi-Fi password: " "^C" -- corvane-wifi pick
-same "interrupted at the password, the echo is back" "130 Network number: [echo on]N
+same "Ctrl-C at the password prompt turns echo on again" "130 Network number: [echo on]N
 Wi-Fi password: [echo off]
-[echo on]" "$status $(said | sed 's/\^C//; s/\(off\]\)\(\[\)/\1\n\2/')"
-same "none of these has written the file" "$before" "$(identity)"
+[echo on]" "$status $(dialogue | sed 's/\^C//; s/\(off\]\)\(\[\)/\1\n\2/')"
+same "a pick that does not connect does not write the file" "$before" "$(file_identity)"
 
 typist "Network number: " "#Cafe" -- corvane-wifi pick
-same "an open one needs no password" "0 Network number: [echo on]N
+same "pick asks for no password for an open network" "0 Network number: [echo on]N
 Connected to Cafe.
-[echo on]" "$status $(said)"
-before=$(identity)
+[echo on]" "$status $(dialogue)"
+before=$(file_identity)
 typist "Network number: " "#Home2" -- corvane-wifi pick
-same "a saved one needs none either" "0 Network number: [echo on]N
+same "pick asks for no password for a saved network" "0 Network number: [echo on]N
 Connected to Home2.
-[echo on]" "$status $(said)"
-same "and is not written again" "$before" "$(identity)"
+[echo on]" "$status $(dialogue)"
+same "picking a saved network does not write the file" "$before" "$(file_identity)"

@@ -1,23 +1,24 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=sh disable=SC2154 # from library.sh
 #
-# Two hundred random actions while access points come and go, and what holds after each.
+# After each of 200 random actions, while access points come and go, the file has exactly the
+# networks that were added and not forgotten.
 
 seed=20240229
 echo "# random seed $seed"
-chance() { # N: leaves a number below N in $drawn
+draw() { # N: leaves a number below N in $drawn
     seed=$(((seed * 1103515245 + 12345) % 2147483648))
     drawn=$((seed / 65536 % $1))
 }
-pick_of() { # WORD...: leaves one of them in $one
-    chance $#
+choose() { # WORD...: leaves one of them in $one
+    draw $#
     shift "$drawn"
     one=$1
 }
 export CORVANE_WIFI_SCAN_DELAY_MS=300
 
-# Prints the names in the file, and fails where the file is not what wpa_supplicant writes.
-names() {
+# Prints the SSIDs in the file, and fails where the file is not what wpa_supplicant writes.
+saved_ssids() {
     awk '
         /^(ctrl_interface|update_config)=./ && !inside { next }
         /^network=\{$/ && !inside { inside = 1; name = ""; key = 0; next }
@@ -27,9 +28,9 @@ names() {
         /^}$/ && inside && name != "" && key { inside = 0; print name; next }
         /^$/ { next }
         { bad = 1 }
-        END { exit bad || inside }' "$conf" | sort
+        END { exit bad || inside }' "$conf" >/tmp/saved && sort /tmp/saved
 }
-expected() { printf '%s' "$known" | sort; }
+known_ssids() { printf '%s' "$known" | sort; }
 
 known='' # a line for each network that was added and connected, and not forgotten since
 password() {
@@ -40,10 +41,10 @@ password() {
 }
 newline='
 '
-act() {
-    pick_of Cafe Home2 Home2 Mixed Twins Office Nowhere
+random_action() {
+    choose Cafe Home2 Home2 Mixed Twins Office Nowhere
     name=$one
-    chance 100
+    draw 100
     if [ "$drawn" -lt 12 ]; then action="list"
     elif [ "$drawn" -lt 24 ]; then action="list --cached --json"
     elif [ "$drawn" -lt 34 ]; then action="status"
@@ -51,13 +52,13 @@ act() {
     elif [ "$drawn" -lt 50 ]; then action="forget --yes $name"
     elif [ "$drawn" -lt 62 ]; then
         # shellcheck disable=SC2086 # names are words
-        pick_of $known Home2
+        choose $known Home2
         name=$one action="forget --yes $one"
     elif [ "$drawn" -lt 70 ]; then action="connect $name"
     elif [ "$drawn" -lt 78 ]; then action="connect --open $name"
     else action="connect --password-stdin $name"
     fi
-    chance 8
+    draw 8
     if [ "$drawn" -eq 0 ]; then echo wrong-password; else password "$name"; fi >/tmp/password
     # shellcheck disable=SC2086 # an action is words
     wifi $action </tmp/password
@@ -74,8 +75,8 @@ act() {
     esac
     failed=$((failed + status))
 }
-holds() {
-    [ "$status" -le 1 ] && no_sockets_left && inside=$(names) && [ "$inside" = "$(expected)" ]
+file_is_right() {
+    saved=$(saved_ssids) && [ "$saved" = "$(known_ssids)" ]
 }
 
 hundredths() { sed 's/ .*//; s/\.//' /proc/uptime; }
@@ -90,26 +91,28 @@ echo "# a connection may take $CORVANE_WIFI_CONNECT_TIMEOUT_MS ms"
 wifi forget --yes Cafe
 connected=0 forgot=0 failed=0 done=0
 while [ "$done" -lt 200 ]; do
-    chance 10
+    draw 10
     if [ "$drawn" -lt 3 ]; then
         turn=radio_on
         [ "$drawn" -gt 0 ] || turn=radio_off
-        chance 3
+        draw 3
         $turn $((drawn + 1))
     fi
-    act
+    random_action
     done=$((done + 1))
-    if ! holds; then
-        echo "not ok - after action $done, $action"
-        show "exit status $status and errors" "$err"
-        show "added and connected" "$(expected)"
+    if ! { [ "$status" -le 1 ] && no_sockets_left && file_is_right; }; then
+        verdict "not ok" "action $done ($action) exits with 0 or 1 and leaves a correct file"
+        show "the last result of corvane-wifi" "$(last_result)"
+        show "added and not forgotten" "$(known_ssids)"
         show "the file" "$(cat "$conf")"
+        show "the sockets that are left" "$(ls /tmp/corvane-wpa-* 2>/dev/null || true)"
         break
     fi
-    [ $((done % 20)) -ne 0 ] || echo "ok - $done random actions"
+    [ $((done % 20)) -ne 0 ] || verdict ok "$done random actions leave a correct file and no socket"
 done
 echo "# $connected times connected, $forgot times forgotten, $failed times refused or timed out"
-check "both successes and failures were among them" \
+check "some of the actions succeed and some fail" \
     [ "$connected" -ge 5 -a "$forgot" -ge 2 -a "$failed" -ge 10 ]
-same "wpa_supplicant reads its file" OK "$(ask reconfigure)"
-same "and finds in it what was added" "$(expected)" "$(profiles | cut -f 2 | sort)"
+same "wpa_supplicant reads the file again" OK "$(ask reconfigure)"
+same "wpa_supplicant then has the networks that were added" \
+    "$(known_ssids)" "$(profiles | cut -f 2 | sort)"
