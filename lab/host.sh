@@ -11,8 +11,7 @@ fail() { # STATUS MESSAGE
 lock_folder() {
     mkdir -p "$lab"
     exec 9>"$lab/lock"
-    flock -n 9 || echo "# waiting up to two hours for another run that uses $lab"
-    flock -w 7200 9 || fail 1 "$lab is still locked by another run"
+    flock -w 7200 9 || fail 1 "waited two hours for another run that uses $lab"
 }
 
 # The clock of an emulated machine counts instructions and skips idle time: no check notices how

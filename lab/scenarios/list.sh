@@ -4,19 +4,25 @@
 # list shows every network in range and every saved one, in order, as a table and as JSON.
 
 in_range Cafe Twins Home2 Antique
-table='  ABCDEFGHIJKLMNOPQRSTUVWXYZ012345  [open, -45 dBm]
-  Antique  [unsupported, -66 dBm]
-  Bob \"5G\" C:\\net  [WPA personal, -45 dBm]
-  Both  [WPA personal, -55 dBm]
-  Caf\xc3\xa9  [WPA personal, -45 dBm]
-  Cafe  [open, -45 dBm]
-  Corner Shop  [WPA personal, -45 dBm]
-  Home2  [WPA personal, -55 dBm]
-  Mixed  [WPA personal, -55 dBm]
-  Modern  [unsupported, -55 dBm]
-  Office  [unsupported, -55 dBm]
-  Quote  [WPA personal, -45 dBm]
-  Twins  [WPA personal, -40 dBm]'
+networks='ABCDEFGHIJKLMNOPQRSTUVWXYZ012345|01:01|2412|-45|open
+Antique|05:00|2462|-66|unsupported
+Bob \"5G\" C:\\net|01:03|2412|-45|WPA personal
+Both|02:03|2437|-55|WPA personal
+Caf\xc3\xa9|01:04|2412|-45|WPA personal
+Cafe|01:00|2412|-45|open
+Corner Shop|01:02|2412|-45|WPA personal
+Home2|02:00|2437|-55|WPA personal
+Mixed|02:01|2437|-55|WPA personal
+Modern|02:02|2437|-55|unsupported
+Office|02:04|2437|-55|unsupported
+Quote|01:05|2412|-45|WPA personal
+Twins|03:00|2422|-40|WPA personal'
+columns='\(.*\)|\(.*\)|\(.*\)|\(.*\)|\(.*\)'
+table=$(printf '%s\n' "$networks" | sed "s/$columns/  \1  [\5, \4 dBm]/")
+object='{"bssid":"02:00:00:00:\2","current":false,"frequency":\3,"saved":false,"saved_id":-1,'
+object=$object'"security":"\5","signal":\4,"ssid":"\1","supported":true}'
+json=$(printf '%s\n' "$networks" | sed "s/[\\\\\"]/\\\\&/g; s/$columns/$object/
+    /unsupported/s/true}$/false}/" | sort)
 # Networks with the same signal level may come in any order.
 by_name() { printf '%s\n' "$out" | sed 's/^[0-9]*\. //' | sort; }
 levels() { printf '%s\n' "$out" | sed 's/.*, \(-[0-9]*\) dBm.*/\1/'; }
@@ -37,26 +43,6 @@ wifi list
 same "list shows all networks when a scan is already running" "$table" "$(by_name)"
 
 wifi list --json --cached
-object() { # NAME BSSID FREQUENCY SIGNAL SECURITY SUPPORTED
-    printf '{"bssid":"02:00:00:00:%s","current":false,"frequency":%s,"saved":false,' "$2" "$3"
-    printf '"saved_id":-1,"security":"%s","signal":%s,"ssid":"%s","supported":%s}\n' \
-        "$5" "$4" "$1" "$6"
-}
-json=$({
-    object ABCDEFGHIJKLMNOPQRSTUVWXYZ012345 01:01 2412 -45 open true
-    object Antique 05:00 2462 -66 unsupported false
-    object 'Bob \\\"5G\\\" C:\\\\net' 01:03 2412 -45 'WPA personal' true
-    object Both 02:03 2437 -55 'WPA personal' true
-    object 'Caf\\xc3\\xa9' 01:04 2412 -45 'WPA personal' true
-    object Cafe 01:00 2412 -45 open true
-    object 'Corner Shop' 01:02 2412 -45 'WPA personal' true
-    object Home2 02:00 2437 -55 'WPA personal' true
-    object Mixed 02:01 2437 -55 'WPA personal' true
-    object Modern 02:02 2437 -55 unsupported false
-    object Office 02:04 2437 -55 unsupported false
-    object Quote 01:05 2412 -45 'WPA personal' true
-    object Twins 03:00 2422 -40 'WPA personal' true
-} | sort)
 same "list --json shows the same networks" "$json" \
     "$(printf '%s\n' "$out" | sed 's/^\[//; s/\]$//; s/},{/}\n{/g' | sort)"
 

@@ -17,30 +17,15 @@ choose() { # WORD...: leaves one of them in $one
 }
 export CORVANE_WIFI_SCAN_DELAY_MS=300
 
-# Prints the SSIDs in the file, and fails where the file is not what wpa_supplicant writes.
-saved_ssids() {
-    awk '
-        /^(ctrl_interface|update_config)=./ && !inside { next }
-        /^network=\{$/ && !inside { inside = 1; name = ""; key = 0; next }
-        /^\tssid="[^"]+"$/ && inside { name = substr($0, 8, length($0) - 8); next }
-        /^\tpsk="[^"]+"$|^\tkey_mgmt=NONE$/ && inside { key = 1; next }
-        /^\t[a-z_]+=./ && inside { next }
-        /^}$/ && inside && name != "" && key { inside = 0; print name; next }
-        /^$/ { next }
-        { bad = 1 }
-        END { exit bad || inside }' "$conf" >/tmp/saved && sort /tmp/saved
+# The file as wpa_supplicant writes it, with its lines joined.
+profile='network=\{;	ssid="[^";]+";	(psk="[^";]+"|key_mgmt=NONE);(	[a-z_]+=[^;]+;)*\};'
+well_formed="ctrl_interface=[^;]+;update_config=1;(;$profile)*"
+file_is_right() {
+    tr '\n' ';' <"$conf" | grep -qxE "$well_formed" \
+        && [ "$(sed -n 's/^	ssid="\(.*\)"$/\1/p' "$conf" | sort)" = "$(sort /tmp/known)" ]
 }
-known_ssids() { printf '%s' "$known" | sort; }
 
-known='' # a line for each network that was added and connected, and not forgotten since
-password() {
-    case $1 in
-    Home2 | Mixed | Twins) echo "$1-password" | tr HMT hmt ;;
-    *) echo wrong-password ;;
-    esac
-}
-newline='
-'
+: >/tmp/known # the networks that were added and connected, and not forgotten since
 random_action() {
     choose Cafe Home2 Home2 Mixed Twins Office Nowhere
     name=$one
@@ -51,32 +36,30 @@ random_action() {
     elif [ "$drawn" -lt 44 ]; then action="disconnect"
     elif [ "$drawn" -lt 50 ]; then action="forget --yes $name"
     elif [ "$drawn" -lt 62 ]; then
-        # shellcheck disable=SC2086 # names are words
-        choose $known Home2
+        # shellcheck disable=SC2046 # names are words
+        choose $(cat /tmp/known) Home2
         name=$one action="forget --yes $one"
     elif [ "$drawn" -lt 70 ]; then action="connect $name"
     elif [ "$drawn" -lt 78 ]; then action="connect --open $name"
     else action="connect --password-stdin $name"
     fi
     draw 8
-    if [ "$drawn" -eq 0 ]; then echo wrong-password; else password "$name"; fi >/tmp/password
+    password=$(echo "$name-password" | tr HMT hmt)
+    [ "$drawn" -gt 0 ] || password=wrong-password
+    echo "$password" >/tmp/password
     # shellcheck disable=SC2086 # an action is words
     wifi $action </tmp/password
     case $out in
     "Connected to "*)
         connected=$((connected + 1))
-        case $newline$known in *"$newline$name$newline"*) ;; *) known=$known$name$newline ;; esac
+        grep -qx "$name" /tmp/known || echo "$name" >>/tmp/known
         ;;
     "Forgot "*)
         forgot=$((forgot + 1))
-        known=$(printf '%s' "$known" | grep -vx "$name" || true)$newline
-        [ "$known" != "$newline" ] || known=''
+        sed -i "/^$name\$/d" /tmp/known
         ;;
     esac
     failed=$((failed + status))
-}
-file_is_right() {
-    saved=$(saved_ssids) && [ "$saved" = "$(known_ssids)" ]
 }
 
 hundredths() { sed 's/ .*//; s/\.//' /proc/uptime; }
@@ -103,7 +86,7 @@ while [ "$done" -lt 200 ]; do
     if ! { [ "$status" -le 1 ] && no_sockets_left && file_is_right; }; then
         verdict "not ok" "action $done ($action) exits with 0 or 1 and leaves a correct file"
         show "the last result of corvane-wifi" "$(last_result)"
-        show "added and not forgotten" "$(known_ssids)"
+        show "added and not forgotten" "$(sort /tmp/known)"
         show "the file" "$(cat "$conf")"
         show "the sockets that are left" "$(ls /tmp/corvane-wpa-* 2>/dev/null || true)"
         break
@@ -115,4 +98,4 @@ check "some of the actions succeed and some fail" \
     [ "$connected" -ge 5 -a "$forgot" -ge 2 -a "$failed" -ge 10 ]
 same "wpa_supplicant reads the file again" OK "$(ask reconfigure)"
 same "wpa_supplicant then has the networks that were added" \
-    "$(known_ssids)" "$(profiles | cut -f 2 | sort)"
+    "$(sort /tmp/known)" "$(profiles | cut -f 2 | sort)"

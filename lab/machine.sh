@@ -1,38 +1,25 @@
-#!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-set -euo pipefail
+# shellcheck shell=bash disable=SC2154 # from lab/run
+#
+# Read by lab/run: makes $lab/root, a Debian kernel and Qt, and $lab/$suite.cpio, the machine's files
+# with the wpa_supplicant of that suite. A file gets its name when it is complete, so an interrupted
+# run leaves nothing that the next one would use.
 
-if [ $# -ne 3 ]; then
-    cat <<'END'
-Usage: lab/machine FOLDER ARCH SUITE
-
-Called by lab/run. Makes FOLDER/root, a Debian kernel and Qt, and FOLDER/SUITE.cpio, the machine's
-files with the wpa_supplicant of that SUITE. A file gets its name when it is complete, so an
-interrupted run leaves nothing that the next one would use.
-END
-    [ "${1-}" = --help ] && exit || exit 2
-fi
-
-folder=$1 arch=$2 suite=$3
-root=$folder/root daemons=$folder/$suite base=$folder/base
-tree=$(realpath "$(dirname "$0")/..")
-triplet=$(dpkg-architecture -a "$arch" -q DEB_HOST_MULTIARCH 2>/dev/null)
+root=$lab/root daemons=$lab/$suite base=$lab/base
 
 unpack_packages() {
     local kernel=linux-image-$arch development=() own
     [ "$arch" != armhf ] || kernel=linux-image-armmp-lpae
-    if [ "$arch" != "$(dpkg --print-architecture)" ]; then
-        development=(-- qt6-base-dev qmake6)
-    fi
+    $native || development=(-- qt6-base-dev qmake6)
     if [ ! -d "$root" ]; then
         echo "# fetching the machine's kernel and Qt"
         own=$(sed -n s/^VERSION_CODENAME=//p /etc/os-release)
-        "$tree/scripts/unpack" "$own" "$arch" "$root" "$kernel" iw busybox-static python3-pexpect \
+        scripts/unpack "$own" "$arch" "$root" "$kernel" iw busybox-static python3-pexpect \
             wireless-regdb libqt6core6 "${development[@]}"
     fi
     if [ ! -d "$daemons" ]; then
         echo "# fetching wpa_supplicant and hostapd of $suite"
-        "$tree/scripts/unpack" "$suite" "$arch" "$daemons" wpasupplicant hostapd
+        scripts/unpack "$suite" "$arch" "$daemons" wpasupplicant hostapd
     fi
 }
 
@@ -55,7 +42,7 @@ add_python() {
     cp "$root/usr/bin/python3" "$base/bin/"
     /usr/bin/python3 -c 'import pexpect, sys
 for module in list(sys.modules.values()): print(getattr(module, "__file__", None) or "")' \
-        | sed "s/$(dpkg-architecture -q DEB_BUILD_MULTIARCH)/$triplet/" | while read -r file; do
+        | sed "s/$DEB_BUILD_MULTIARCH/$triplet/" | while read -r file; do
         [ ! -f "$root$file" ] || install -D -m 0644 "$root$file" "$base$file"
     done
 }
@@ -131,4 +118,4 @@ add_daemons
 add_modules
 add_users
 (cd "$base" && find . | sort | cpio --quiet -o -H newc -R 0:0) >"$base.cpio"
-mv "$base.cpio" "$folder/$suite.cpio"
+mv "$base.cpio" "$lab/$suite.cpio"
