@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: MIT
-# Links locale.c into the program; read by the program's own build after project().
-enable_language(C)
-set(source "${CMAKE_CURRENT_LIST_DIR}/locale.c")
+# Links locale.cpp into the program; read by the program's own build after project().
+set(source "${CMAKE_CURRENT_LIST_DIR}/locale.cpp")
 cmake_language(DEFER CALL target_sources corvane-wifi PRIVATE "${source}")
 cmake_language(DEFER CALL target_link_options corvane-wifi PRIVATE
                -Wl,--wrap=setlocale,--wrap=nl_langinfo)

@@ -1,13 +1,11 @@
 # SPDX-License-Identifier: MIT
 # Toolchain file of release/static-binary, for Qt and for the program. Native builds use it too: only
 # where CMAKE_SYSTEM_NAME is set does Qt take its tools from the build machine.
-set(CMAKE_SYSTEM_NAME Linux)
-set(CMAKE_SYSTEM_PROCESSOR $ENV{CORVANE_ARCH})
-set(CMAKE_C_COMPILER $ENV{CORVANE_TRIPLE}-gcc)
-set(CMAKE_CXX_COMPILER $ENV{CORVANE_TRIPLE}-g++)
+include("${CMAKE_CURRENT_LIST_DIR}/cross.cmake")
 
 # The prefix map keeps the path of the build folder out of the binary.
-set(flags "-fno-pie -ffunction-sections -fdata-sections -ffile-prefix-map='$ENV{CORVANE_ROOT}'=.")
+cmake_path(GET CMAKE_CURRENT_LIST_DIR PARENT_PATH tree)
+set(flags "-fno-pie -ffunction-sections -fdata-sections -ffile-prefix-map='${tree}'=.")
 string(APPEND flags " -fstack-protector-strong -D_FORTIFY_SOURCE=2")
 set(CMAKE_C_FLAGS_INIT "${flags}")
 set(CMAKE_CXX_FLAGS_INIT "${flags}")
