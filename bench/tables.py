@@ -2,12 +2,22 @@
 # Copyright (c) The corvane-wifi authors
 """Measures what scripts/bench has built and prints the tables."""
 
-import json, os, pathlib, re, shlex, shutil, statistics, subprocess, sys, tempfile, time
+import json, os, pathlib, re, shlex, shutil, socketserver, statistics, subprocess, sys, tempfile
+import threading
 
 RUNS, ROUNDS = int(sys.argv[1]), 10
-BUILD, PEERS, ARM_ROOT = (pathlib.Path("build", name).resolve()
-                          for name in ("", "bench-peers", "bench-arm64"))
+BUILD = pathlib.Path("build").resolve()
 WORK = pathlib.Path(tempfile.mkdtemp(prefix="corvane-bench.", dir="/tmp"))
+# As long as wpa_supplicant's can be.
+REPLIES = {
+    b"STATUS": "bssid=02:00:00:00:01:00\nfreq=2437\nssid=Café\nid=0\nmode=station\n"
+               "pairwise_cipher=CCMP\ngroup_cipher=CCMP\nkey_mgmt=WPA2-PSK\n"
+               "wpa_state=COMPLETED\nip_address=10.0.0.7\naddress=02:00:00:00:00:00\nuuid=0\n",
+    b"SCAN_RESULTS": "bssid / frequency / signal level / flags / ssid\n" + "".join(
+        f"02:00:00:00:{i:02x}:00\t{2412 + 5 * (i % 13)}\t-{40 + i % 50}\t[WPA2-PSK-CCMP][ESS]\t"
+        f"Network {i}\n" for i in range(67)),
+    b"LIST_NETWORKS": "network id / ssid / bssid / flags\n0\tNetwork 0\tany\t[CURRENT]\n"
+                      "1\tNetwork 1\tany\t[DISABLED]\n"}
 # Every program reads its whole environment at start: this is the one of a login by ssh.
 LOGIN = {"CORVANE_WPA_SOCKET": f"{WORK}/wlan0", "HOME": "/root", "LOGNAME": "root",
          "MAIL": "/var/mail/root", "PATH": os.environ["PATH"], "PWD": "/root",
@@ -15,6 +25,11 @@ LOGIN = {"CORVANE_WPA_SOCKET": f"{WORK}/wlan0", "HOME": "/root", "LOGNAME": "roo
          "SSH_CONNECTION": "192.168.1.20 50000 192.168.1.30 22", "SSH_TTY": "/dev/pts/0",
          "TERM": "xterm-256color", "USER": "root", "XDG_RUNTIME_DIR": "/run/user/0",
          "XDG_SESSION_CLASS": "user", "XDG_SESSION_ID": "1", "XDG_SESSION_TYPE": "tty"}
+
+
+class Supplicant(socketserver.DatagramRequestHandler):
+    def handle(self):
+        self.wfile.write(REPLIES.get(self.rfile.read(), "OK\n").encode())
 
 
 def run(*command, env, stdout=subprocess.DEVNULL):
@@ -78,55 +93,26 @@ def fresh(program):
     return shutil.copy(program, WORK)
 
 
-def print_native_tables():
-    single = fresh(BUILD / f"corvane-wifi-{os.uname().machine}")
+def print_process_tables():
+    static = fresh(BUILD / f"corvane-wifi-{os.uname().machine}")
     normal = fresh(BUILD / "release/corvane-wifi")
-    exchange = fresh(BUILD / "exchange")
-    wpa_cli = [fresh(PEERS / "usr/sbin/wpa_cli"), "-p", str(WORK), "-i", "wlan0"]
+    bare = [fresh(BUILD / "release/bench/exchange"), f"{WORK}/wlan0"]
+    wpa_cli = [fresh(shutil.which("wpa_cli", path="/usr/sbin")), "-p", str(WORK), "-i", "wlan0"]
     status = [("wpa_cli status", [*wpa_cli, "status"]),
-              ("single file", [single, "status"]),
-              ("single file, JSON", [single, "status", "--json"]),
+              ("static binary", [static, "status"]),
+              ("static binary, JSON", [static, "status", "--json"]),
               ("normal build", [normal, "status"]),
-              ("bare C", [exchange, f"{WORK}/wlan0", "STATUS"]),
-              ("empty Qt program", [fresh(BUILD / "release/bench/empty-application")]),
-              ("nmcli --version", [fresh(PEERS / "usr/bin/nmcli"), "--version"])]
+              ("bare exchange", [*bare, "STATUS"]),
+              ("empty Qt program", [fresh(BUILD / "release/bench/empty-application")])]
     requests = "scan_results", "list_networks", "status"
     listing = [("wpa_cli, three calls", *([*wpa_cli, request] for request in requests)),
-               ("single file", [single, "list", "--cached", "--json"]),
-               ("single file, text", [single, "list", "--cached"]),
+               ("static binary", [static, "list", "--cached", "--json"]),
+               ("static binary, text", [static, "list", "--cached"]),
                ("normal build", [normal, "list", "--cached", "--json"]),
-               ("bare C", [exchange, f"{WORK}/wlan0", *map(str.upper, requests)])]
+               ("bare exchange", [*bare, *map(str.upper, requests)])]
     for locale, setting in ("LANG unset", {}), ("LANG=C.UTF-8", {"LANG": "C.UTF-8"}):
         print_table(f"status, {locale}", status, LOGIN | setting)
         print_table(f"list --cached --json, {locale}", listing, LOGIN | setting)
-
-
-def arm_instructions(*command):
-    """With -singlestep, qemu logs one line for each instruction."""
-    emulator = ["qemu-aarch64-static", "-L", ARM_ROOT, "-singlestep", "-d", "nochain,exec"]
-    with subprocess.Popen([*emulator, *command], env=LOGIN, stdout=subprocess.DEVNULL,
-                          stderr=subprocess.PIPE) as process:
-        return sum(line.startswith(b"Trace") for line in process.stderr)
-
-
-def print_arm_table():
-    wpa_cli = [ARM_ROOT / "usr/sbin/wpa_cli", "-p", WORK, "-i", "wlan0"]
-    single = BUILD / "corvane-wifi-aarch64"
-    peer_status = arm_instructions(*wpa_cli, "status")
-    peer_list = peer_status + sum(arm_instructions(*wpa_cli, request)
-                                  for request in ("scan_results", "list_networks"))
-    print_header("Instructions on aarch64", "program", "instructions, 1000", "ratio")
-
-    def print_row(name, count, base):
-        print(f"| {name} | {count / 1000:.0f} | {count / base:.2f} |")
-
-    print_row("wpa_cli status", peer_status, peer_status)
-    for arguments in ["status"], ["status", "--json"]:
-        print_row("single file, " + " ".join(arguments),
-                  arm_instructions(single, *arguments), peer_status)
-    print_row("wpa_cli, three calls", peer_list, peer_list)
-    print_row("single file, list --cached --json",
-              arm_instructions(single, "list", "--cached", "--json"), peer_list)
 
 
 def print_in_process_table():
@@ -143,17 +129,14 @@ def print_in_process_table():
             print(f"| {name} | {time_ns / 1000:.1f} | {user} |")
 
 
-server = subprocess.Popen([BUILD / "exchange", "--serve", WORK / "wlan0"])
 try:
-    while not (WORK / "wlan0").exists():
-        time.sleep(0.1)
+    server = socketserver.UnixDatagramServer(f"{WORK}/wlan0", Supplicant)
+    threading.Thread(target=server.serve_forever, daemon=True).start()
     processor = run("lscpu", env=LOGIN, stdout=subprocess.PIPE).stdout
     print(re.search(r"Model name: *(.*)", processor)[1])
-    print_native_tables()
-    print_arm_table()
+    print_process_tables()
     print_in_process_table()
 except subprocess.CalledProcessError as error:
     sys.exit(error.stderr or error)
 finally:
-    server.kill()
     shutil.rmtree(WORK)

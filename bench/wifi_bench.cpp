@@ -1,35 +1,34 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-/// What the library costs within a process, beside an exchange of datagrams in plain C.
+/// What the library costs within a process, beside an exchange of datagrams that is nothing else.
 
 #include "cvn/wifi.hpp"
+#include "exchange.hpp"
+#include "support/fake_supplicant.hpp"
+#include "support/replies.hpp"
 
 #include <benchmark/benchmark.h>
 
 #include <sys/resource.h>
-#include <unistd.h>
 
-#include <csignal>
-#include <cstdlib>
 #include <string>
-
-// Of exchange.c.
-extern "C" ssize_t exchange(const char* server, const char* request, char* reply, size_t size);
-extern "C" int exchange_main(int argc, char** argv);
 
 namespace {
 
 using cvn::wifi::Client;
 using cvn::wifi::Security;
 
-std::string server_path;
+const std::string cafe_status = connected_status("Caf\xc3\xa9", 0);
 
-QByteArray ask(const char* request)
+/// As many networks as fit in a reply of wpa_supplicant.
+QByteArray full_scan()
 {
-    QByteArray reply(65536, Qt::Uninitialized);
-    reply.truncate(exchange(server_path.c_str(), request, reply.data(), 65536));
-    return reply;
+    std::string rows;
+    for (int i = 10; i < 77; ++i)
+        rows += "02:00:00:00:00:" + std::to_string(i) + "\t2437\t-" + std::to_string(i)
+            + "\t[WPA2-PSK-CCMP][ESS]\tNetwork " + std::to_string(i) + '\n';
+    return QByteArray::fromStdString(scan_results(rows));
 }
 
 /// As many networks as fit in what command() reads, whose merging is the slowest.
@@ -44,29 +43,29 @@ QByteArray largest_scan()
 double user_microseconds()
 {
     rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
+    getrusage(RUSAGE_THREAD, &usage); // without the supplicant's
     return 1e6 * static_cast<double>(usage.ru_utime.tv_sec)
         + static_cast<double>(usage.ru_utime.tv_usec);
 }
 
-void command(benchmark::State& state)
+void command(benchmark::State& state, const std::string& path)
 {
-    const Client client(QString::fromStdString(server_path));
+    const Client client(QString::fromStdString(path));
     for (auto _ : state)
         benchmark::DoNotOptimize(client.command("STATUS", 3000));
 }
 
-void bare_c(benchmark::State& state)
+void bare_exchange(benchmark::State& state, const std::string& path)
 {
     static char reply[65536];
     for (auto _ : state)
-        benchmark::DoNotOptimize(exchange(server_path.c_str(), "STATUS", reply, sizeof(reply)));
+        benchmark::DoNotOptimize(exchange(path.c_str(), "STATUS", reply, sizeof reply));
 }
 
 /// The time outside the kernel and the other side is `user_us`.
-void connect_new(benchmark::State& state)
+void connect_new(benchmark::State& state, const std::string& path)
 {
-    const Client client(QString::fromStdString(server_path));
+    const Client client(QString::fromStdString(path));
     const double before = user_microseconds();
     for (auto _ : state)
         client.connect_new(QStringLiteral("Caf\u00e9"), Security::Personal, "cafe-password", 15000);
@@ -76,7 +75,7 @@ void connect_new(benchmark::State& state)
 
 void parse_status(benchmark::State& state)
 {
-    const QByteArray reply = ask("STATUS");
+    const QByteArray reply = QByteArray::fromStdString(cafe_status);
     for (auto _ : state)
         benchmark::DoNotOptimize(Client::parse_status(reply));
 }
@@ -91,31 +90,16 @@ void parse_networks(benchmark::State& state, const QByteArray& scan, const QByte
 
 int main(int argc, char** argv)
 {
-    char folder[] = "/tmp/corvane-bench-XXXXXX";
-    if (mkdtemp(folder) == nullptr)
-        return 1;
-    server_path = std::string(folder) + "/wlan0";
-    const pid_t server = fork();
-    if (server == 0) {
-        std::string option = "--serve";
-        char* arguments[] = {argv[0], option.data(), server_path.data()};
-        _exit(exchange_main(3, arguments));
-    }
-    while (access(server_path.c_str(), F_OK) != 0)
-        usleep(1000);
-
-    benchmark::RegisterBenchmark("command", command)->UseRealTime();
-    benchmark::RegisterBenchmark("bare C", bare_c)->UseRealTime();
-    benchmark::RegisterBenchmark("connect_new", connect_new)->UseRealTime();
+    const FakeSupplicant supplicant({{"STATUS", {reply(cafe_status)}}});
+    const QByteArray saved = QByteArray::fromStdString(
+        profile_list("0\tNetwork 10\tany\t[CURRENT]\n1\tNetwork 11\tany\t[DISABLED]\n"));
+    benchmark::RegisterBenchmark("command", command, supplicant.path())->UseRealTime();
+    benchmark::RegisterBenchmark("bare exchange", bare_exchange, supplicant.path())->UseRealTime();
+    benchmark::RegisterBenchmark("connect_new", connect_new, supplicant.path())->UseRealTime();
     benchmark::RegisterBenchmark("parse_status", parse_status);
-    benchmark::RegisterBenchmark("parse_networks, 67 rows", parse_networks, ask("SCAN_RESULTS"),
-                                 ask("LIST_NETWORKS"));
+    benchmark::RegisterBenchmark("parse_networks, 67 rows", parse_networks, full_scan(), saved);
     benchmark::RegisterBenchmark("parse_networks, 65536 bytes", parse_networks, largest_scan(),
                                  QByteArray());
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
-
-    kill(server, SIGKILL);
-    unlink(server_path.c_str());
-    rmdir(folder);
 }
