@@ -69,7 +69,7 @@ TEST_P(HiddenEntry, WithoutACallIsAnEntryWithEcho)
     pick.type("home2-password\n");
     EXPECT_EQ(pick.finish(), success(asked_screen + "home2-password\r\n" + connected_screen));
     EXPECT_EQ(pick.settings(), pick.before);
-    EXPECT_EQ(pick.requests(), scan_listing + join_home2());
+    EXPECT_EQ(pick.requests(), list_requests + join_home2());
 }
 
 INSTANTIATE_TEST_SUITE_P(

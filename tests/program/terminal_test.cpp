@@ -38,7 +38,7 @@ TEST(HiddenEntry, ReadsThePasswordWithoutEchoAndKeepsAllOtherSettings)
     pick.type("forget it!" + password + "\n");
     EXPECT_EQ(pick.finish(), success(asked_screen + "\r\n" + connected_screen));
     EXPECT_EQ(pick.settings(), unusual);
-    EXPECT_EQ(pick.requests(), scan_listing + join_home2());
+    EXPECT_EQ(pick.requests(), list_requests + join_home2());
 }
 
 TEST(HiddenEntry, LeavesEchoOffThatWasOff)
@@ -69,7 +69,7 @@ TEST(HiddenEntry, PromptsThenDropsWhatWasTypedAheadAndTurnsEchoOff)
     pick.wait_until_reading();
     pick.type(password + "\n");
     EXPECT_EQ(pick.finish(), success(asked_screen + on_screen(ahead) + connected_screen));
-    EXPECT_EQ(pick.requests(), scan_listing + join_home2());
+    EXPECT_EQ(pick.requests(), list_requests + join_home2());
 }
 
 TEST(HiddenEntry, DropsWhatWasTypedAfterThePassword)
@@ -105,7 +105,7 @@ TEST(HiddenEntry, ReportsTheEndOfInput)
     EXPECT_EQ(pick.finish(),
               (Outcome{1, asked_screen + on_screen("\ncorvane-wifi: Could not read input.\n")}));
     EXPECT_EQ(pick.settings(), pick.before);
-    EXPECT_EQ(pick.requests(), scan_listing);
+    EXPECT_EQ(pick.requests(), list_requests);
 }
 
 TEST(HiddenEntry, CatchesTheFourSignalsForItsDurationOnly)
@@ -132,7 +132,7 @@ TEST_P(SignalAtThePassword, RestoresTheTerminalAndEndsTheProgram)
     pick.send_signal(GetParam());
     EXPECT_EQ(pick.finish(), (Outcome{128 + GetParam(), asked_screen}));
     EXPECT_EQ(pick.settings(), pick.before);
-    EXPECT_EQ(pick.requests(), scan_listing);
+    EXPECT_EQ(pick.requests(), list_requests);
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, SignalAtThePassword,
@@ -174,5 +174,5 @@ TEST(PasswordOption, ReadsFromATerminalWithEcho)
     terminal.type(password + "\n");
     EXPECT_EQ(terminal.finish(), success(password + "\r\nConnected to Home2.\r\n"));
     EXPECT_EQ(terminal.settings(), before);
-    EXPECT_EQ(supplicant.requests(), listing + join_home2());
+    EXPECT_EQ(supplicant.requests(), cached_list_requests + join_home2());
 }

@@ -120,8 +120,6 @@ inline Requests operator+(Requests first, const Requests& more)
 inline const Requests cached_list_requests = {"SCAN_RESULTS", "LIST_NETWORKS", "STATUS"};
 /// The requests of `list`, with which `pick` starts, too.
 inline const Requests list_requests = Requests{"SCAN"} + cached_list_requests;
-inline const Requests& listing = cached_list_requests;
-inline const Requests& scan_listing = list_requests;
 
 inline Requests add_profile(const std::string& hexadecimal_name, const std::string& key_mgmt)
 {
