@@ -17,7 +17,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <future>
 #include <iterator>
@@ -80,11 +79,6 @@ private:
 Client client_at(const std::string& path)
 {
     return {QString::fromStdString(path)};
-}
-
-std::string socket_file(unsigned int number)
-{
-    return "/tmp/corvane-wpa-" + std::to_string(getpid()) + '-' + std::to_string(number);
 }
 
 unsigned int number_of(const std::string& sender)
@@ -229,19 +223,6 @@ TEST_F(Transport, ReadsOneDatagramOnly)
     EXPECT_EQ(client.command("PING", 3000), "first");
 }
 
-TEST_F(Transport, BindsAFileOfItsOwnForEachRequest)
-{
-    for (int i = 0; i < 3; ++i)
-        client.command("PING", 3000);
-    const auto records = supplicant.records();
-    ASSERT_EQ(records.size(), 3U);
-    const unsigned int first = number_of(records[0].sender);
-    for (unsigned int i = 0; i < 3; ++i) {
-        EXPECT_EQ(records[i].sender, socket_file(first + i));
-        EXPECT_EQ(records[i].sender_mode, 0600U);
-    }
-}
-
 TEST_F(Transport, CountsOnlyRequestsThatGetASocket)
 {
     client.command("PING", 3000);
@@ -255,37 +236,6 @@ TEST_F(Transport, CountsOnlyRequestsThatGetASocket)
     const unsigned int first = number_of(records[0].sender);
     EXPECT_EQ(number_of(records[1].sender), first + 1);
     EXPECT_EQ(number_of(records[2].sender), first + 3);
-}
-
-TEST(TransportDeathTest, CountsFromZero)
-{
-    // A test process of its own, since requests of other tests count too.
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const auto first_sender_is_number_0 = [] {
-        FakeSupplicant supplicant;
-        client_at(supplicant.path()).command("PING", 3000);
-        return supplicant.records().at(0).sender == socket_file(0);
-    };
-    EXPECT_EXIT(std::_Exit(first_sender_is_number_0() ? 0 : 1), testing::ExitedWithCode(0), "");
-}
-
-TEST_F(Transport, ReplacesAStaleFile)
-{
-    client.command("PING", 3000);
-    const std::string stale = socket_file(number_of(supplicant.records()[0].sender) + 1);
-    ASSERT_TRUE(std::ofstream(stale) << "left by an earlier process");
-    client.command("PING", 3000);
-    EXPECT_EQ(supplicant.records()[1].sender, stale);
-}
-
-TEST_F(Transport, SaysWhyItCannotBind)
-{
-    client.command("PING", 3000);
-    const std::string taken = socket_file(number_of(supplicant.records()[0].sender) + 1);
-    std::filesystem::create_directory(taken);
-    EXPECT_EQ(error_of([&] { client.command("PING", 3000); }),
-              "Could not bind temporary Wi-Fi control socket: Address already in use");
-    std::filesystem::remove(taken);
 }
 
 TEST_F(Transport, SaysWhyItCannotConnect)
@@ -563,19 +513,6 @@ INSTANTIATE_TEST_SUITE_P(, RefusedStep, testing::ValuesIn(broken_operations(true
 
 class StatusQuery : public WithSupplicant { };
 
-TEST_F(StatusQuery, ReturnsTheConnection)
-{
-    supplicant.on("STATUS", {reply(home_status)});
-    EXPECT_EQ(describe(client.status()), "COMPLETED|Home|10.66.2.48|0");
-}
-
-TEST_F(StatusQuery, TreatsAnErrorReplyAsNoConnection)
-{
-    supplicant.on("STATUS", {reply("FAIL\n"), reply("")});
-    EXPECT_EQ(describe(client.status()), "|||-1");
-    EXPECT_EQ(describe(client.status()), "|||-1");
-}
-
 TEST_F(StatusQuery, HasThreeSecondsForTheReply)
 {
     supplicant.on("STATUS", {late_reply(2000ms, home_status), late_reply(5000ms, "")});
@@ -640,13 +577,6 @@ TEST_F(Listing, StopsWhenTheScanIsRefused)
                   "Could not start Wi-Fi scan: " + refusal);
     }
     EXPECT_THAT(supplicant.requests(), Each("SCAN"));
-}
-
-TEST_F(Listing, TreatsErrorRepliesAsEmptyTables)
-{
-    for (const char* request : {"SCAN_RESULTS", "LIST_NETWORKS", "STATUS"})
-        supplicant.on(request, {reply("FAIL\n")});
-    EXPECT_THAT(client.networks(false), IsEmpty());
 }
 
 TEST_F(Listing, DoesNotSleepWithoutAScan)
@@ -743,24 +673,6 @@ TEST_F(Connecting, AcceptsPasswordsOf8To63Bytes)
     }
 }
 
-TEST_F(Connecting, IgnoresThePasswordOfAnOpenNetwork)
-{
-    const std::vector<QString> passwords{u"short"_s, QString(64, u'x'), u"line\nend"_s};
-    for (const QString& password : passwords)
-        client.connect_new(u"Home"_s, Security::Open, password, 0);
-    EXPECT_EQ(std::ranges::count(supplicant.requests(), "SAVE_CONFIG"), std::ssize(passwords));
-    EXPECT_THAT(supplicant.requests(), Each(testing::Not(testing::HasSubstr("psk"))));
-}
-
-TEST_F(Connecting, SendsAnyNameAsHexadecimal)
-{
-    for (const QString& name : {u" "_s, u"a \"b\\"_s, u"Café ☕"_s, QString(40, u'z')}) {
-        client.connect_new(name, Security::Open, u""_s, 0);
-        EXPECT_THAT(supplicant.requests(),
-                    testing::Contains("SET_NETWORK 5 ssid " + name.toUtf8().toHex().toStdString()));
-    }
-}
-
 TEST_F(Connecting, RemovesTheProfileWhenThePasswordHoldsALineEnd)
 {
     for (const char16_t forbidden : {u'\n', u'\r', u'\0'})
@@ -797,16 +709,6 @@ TEST_F(Connecting, AcceptsProfile0)
                             "SAVE_CONFIG"));
 }
 
-TEST_F(Connecting, RemovesTheProfileWhenTheTimeIsUp)
-{
-    EXPECT_EQ(error_of([&] { client.connect_new(u"Home"_s, Security::Open, u"password"_s, 300); }),
-              "Timed out connecting to Home.");
-    EXPECT_THAT(without_repetitions(supplicant.requests()),
-                ElementsAre("ADD_NETWORK", "SET_NETWORK 5 ssid 486f6d65",
-                            "SET_NETWORK 5 key_mgmt NONE", "ENABLE_NETWORK 5", "SELECT_NETWORK 5",
-                            "STATUS", "REMOVE_NETWORK 5"));
-}
-
 TEST_F(Connecting, LeavesTheSelectionWhenTheTimeIsUp)
 {
     EXPECT_EQ(error_of([&] { client.connect_saved(2, u"Home"_s, 300); }),
@@ -819,14 +721,6 @@ TEST_F(Connecting, NamesTheNetworkAsItIsGiven)
 {
     EXPECT_EQ(error_of([&] { client.connect_saved(2, u"%1 %2 Café"_s, 1); }),
               "Timed out connecting to %1 %2 Café.");
-}
-
-TEST_F(Connecting, RecognizesANameOnlyAsItIsPrinted)
-{
-    supplicant.on("STATUS", {reply("ssid=Caf\\xc3\\xa9\nwpa_state=COMPLETED\n")});
-    client.connect_saved(1, u"Caf\\xc3\\xa9"_s, 60000);
-    EXPECT_EQ(error_of([&] { client.connect_saved(1, u"Café"_s, 300); }),
-              "Timed out connecting to Café.");
 }
 
 TEST_F(Connecting, RequestsTheStatusEvery400Milliseconds)
@@ -886,13 +780,6 @@ TEST_F(Connecting, ReportsTheFirstErrorEvenIfTheRemovalFails)
 
     supplicant.on("ENABLE_NETWORK", {last_reply("FAIL\n")});
     EXPECT_EQ(error_of(fail), error);
-}
-
-TEST_F(Connecting, ReportsTheTimeOutWhenTheSupplicantExitsDuringARequest)
-{
-    supplicant.on("ENABLE_NETWORK", {death()});
-    EXPECT_EQ(error_of([this] { client.connect_new(u"Home"_s, Security::Open, u""_s, 60000); }),
-              timed_out);
 }
 
 struct Budget {
@@ -974,12 +861,6 @@ TEST_F(Forgetting, NeedsAProfileOfExactlyThatName)
     }
     EXPECT_EQ(supplicant.requests().size(), 2 * names.size());
     EXPECT_THAT(supplicant.requests(), Each(testing::AnyOf("LIST_NETWORKS", "STATUS")));
-}
-
-TEST_F(Forgetting, FindsNothingInAnErrorReply)
-{
-    supplicant.on("LIST_NETWORKS", {reply("FAIL\n")});
-    EXPECT_EQ(error_of([&] { client.forget(u"Home2"_s); }), "Home2 is not a saved network.");
 }
 
 TEST_F(Forgetting, RemovesTheProfileThatIsListedLast)
