@@ -15,6 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -81,7 +82,9 @@ std::string obstacle()
     try {
         const Daemon daemon(Kind::Real, {});
     } catch (const std::runtime_error& error) {
-        return error.what();
+        std::string reason = error.what();
+        std::ranges::replace(reason, '\n', ' ');
+        return reason;
     }
     return "";
 }
@@ -133,7 +136,7 @@ Daemon::Daemon(Kind kind, const Setup& setup)
             log);
     if (wait_for("PING", "PONG").empty()) {
         end(SIGKILL);
-        throw std::runtime_error("no answer from the daemon, which said:\n" + contents(log));
+        throw std::runtime_error("no answer from the daemon, which said: " + contents(log));
     }
 }
 
