@@ -38,15 +38,14 @@ def run(*command, env, stdout=subprocess.DEVNULL):
 
 
 def times(commands, env):
-    """CPU and wall time of each command in ms. The commands take turns, so a busy moment of the
+    """CPU time of each command in ms. The commands take turns, so a busy moment of the
     machine does not hit one of them alone."""
     rounds = []
     for _ in range(ROUNDS):
         run("hyperfine", "--shell=none", "--warmup=5", f"--runs={RUNS // ROUNDS}", "--style=none",
             f"--export-json={WORK}/times", *map(shlex.join, commands), env=env)
         rounds.append(json.loads((WORK / "times").read_text())["results"])
-    return [(statistics.mean(result["user"] + result["system"] for result in results) * 1000,
-             statistics.mean(result["mean"] for result in results) * 1000)
+    return [1000 * statistics.mean(result["user"] + result["system"] for result in results)
             for results in zip(*rounds)]
 
 
@@ -72,17 +71,17 @@ def print_header(title, *columns):
 def print_table(title, programs, env):
     """Programs are rows of a name and the commands it stands for, whose costs are added. Ratios are
     to the first program."""
-    print_header(title, "program", "CPU, ms", "ratio", "wall, ms", "ratio", "instructions, 1000",
-                 "ratio", "memory, KB", "ratio", "system calls", "size, KB")
+    print_header(title, "program", "CPU, ms", "ratio", "instructions, 1000", "ratio",
+                 "memory, KB", "ratio", "system calls", "size, KB")
     timings = iter(times([command for _, *commands in programs for command in commands], env))
     base = None
     for name, *commands in programs:
-        cpu, wall = map(sum, zip(*(next(timings) for _ in commands)))
-        figures = (cpu, wall, sum(instructions(command, env) for command in commands) / 1000,
+        figures = (sum(next(timings) for _ in commands),
+                   sum(instructions(command, env) for command in commands) / 1000,
                    max(peak_memory(command, env) for command in commands))
         base = base or figures
         cells = [f"{figure:.{digits}f} | {figure / first:.2f}"
-                 for figure, first, digits in zip(figures, base, (2, 2, 0, 0))]
+                 for figure, first, digits in zip(figures, base, (2, 0, 0))]
         calls = sum(system_calls(command, env) for command in commands)
         size = os.path.getsize(commands[0][0]) // 1000
         print(f"| {name} | {' | '.join(cells)} | {calls} | {size} |", flush=True)
