@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# Toolchain file of release/static-binary, for Qt and for the program. Native builds use it too: only
-# where CMAKE_SYSTEM_NAME is set does Qt take its tools from the build machine.
+# Toolchain file of release/static-binary, for Qt and for the program. Native builds use it, too:
+# only where CMAKE_SYSTEM_NAME is set does Qt take its tools from the build machine.
 include("${CMAKE_CURRENT_LIST_DIR}/cross.cmake")
 
 # The prefix map keeps the path of the build folder out of the binary.
