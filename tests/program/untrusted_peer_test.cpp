@@ -111,7 +111,7 @@ class AsRoot : public testing::Test {
 protected:
     void SetUp() override
     {
-        if (geteuid() != 0)
+        if (!may_change_user())
             GTEST_SKIP() << "only root can become another user";
     }
 };

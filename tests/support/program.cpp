@@ -302,6 +302,14 @@ int status_of(pid_t child)
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
+bool may_change_user()
+{
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(setuid(65534) == 0 && geteuid() == 65534 ? 0 : 1);
+    return status_of(child) == 0;
+}
+
 Process::Process(const std::function<void()>& main)
     : id_(fork_with_free_id())
 {

@@ -82,6 +82,9 @@ void wait_until(const std::string& what, const std::function<bool()>& condition)
 /// Waits for the end of a child: its exit status, or a signal's number, negative.
 int status_of(pid_t child);
 
+/// Root in a container may lack the right to start a program as another user.
+bool may_change_user();
+
 /// A process that a test starts. Ends with the object at the latest; its socket files, too.
 class Process {
 public:
