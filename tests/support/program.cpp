@@ -30,8 +30,6 @@
 
 namespace {
 
-using namespace std::chrono_literals;
-
 constexpr std::chrono::seconds patience(60);
 
 /// Made before the fork: a child of a process with threads must not allocate.
@@ -281,8 +279,8 @@ std::string process_file(pid_t pid, const std::string& name)
 void wait_until(const std::string& what, const std::function<bool()>& condition)
 {
     const auto deadline = std::chrono::steady_clock::now() + patience;
-    for (auto pause = 1us; !condition();
-         pause = std::min<std::chrono::microseconds>(2 * pause, 1ms)) {
+    const std::chrono::microseconds longest(1000);
+    for (std::chrono::microseconds pause(1); !condition(); pause = std::min(2 * pause, longest)) {
         if (std::chrono::steady_clock::now() > deadline)
             throw std::runtime_error("timed out waiting until " + what);
         std::this_thread::sleep_for(pause);
@@ -464,9 +462,22 @@ void Terminal::read_screen()
     while (poll(&waiting, 1, 0) > 0 && read_some(master_, screen_)) { }
 }
 
+void Terminal::wait_while_running(const std::string& what,
+                                  const std::function<bool()>& condition) const
+{
+    wait_until(what, [&] {
+        const bool ended = process_->has_ended();
+        if (condition())
+            return true;
+        if (ended)
+            throw std::runtime_error("the program has ended before " + what);
+        return false;
+    });
+}
+
 void Terminal::wait_for(const std::string& text)
 {
-    wait_until("the screen holds \"" + text + '"', [&] {
+    wait_while_running("the screen holds \"" + text + '"', [&] {
         read_screen();
         return screen_.find(text) != std::string::npos;
     });
@@ -474,22 +485,22 @@ void Terminal::wait_for(const std::string& text)
 
 void Terminal::wait_for_echo(bool on)
 {
-    wait_until(on ? "echo is on" : "echo is off", [&] { return echoes() == on; });
+    wait_while_running(on ? "echo is on" : "echo is off", [&] { return echoes() == on; });
 }
 
 void Terminal::wait_until_typed() const
 {
-    wait_until("a line has been typed", [this] { return waiting() > 0; });
+    wait_while_running("a line has been typed", [this] { return waiting() > 0; });
 }
 
 void Terminal::wait_until_reading() const
 {
-    wait_until("standard input is read", [this] { return reads(pid()); });
+    wait_while_running("standard input is read", [this] { return reads(pid()); });
 }
 
 void Terminal::wait_until_stopped() const
 {
-    wait_until("the program has stopped", [this] {
+    wait_while_running("the program has stopped", [this] {
         siginfo_t stopped{};
         waitid(P_PID, static_cast<id_t>(pid()), &stopped, WSTOPPED | WNOHANG);
         return stopped.si_pid == pid();

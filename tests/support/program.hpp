@@ -149,6 +149,8 @@ public:
 private:
     size_t waiting() const; ///< Bytes in whole lines that nobody has read.
     void read_screen();
+    /// Throws at once if the program ends before.
+    void wait_while_running(const std::string& what, const std::function<bool()>& condition) const;
 
     std::unique_ptr<Process> process_;
     int master_ = -1;
