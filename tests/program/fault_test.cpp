@@ -31,8 +31,6 @@ void ignore_ending_signals()
         std::signal(signal, SIG_IGN);
 }
 
-const Dispositions signals_ignored = {ending_signals, 0};
-
 class HiddenEntry : public testing::TestWithParam<FailingCall> { };
 
 } // namespace
@@ -65,7 +63,7 @@ TEST_P(HiddenEntry, WithoutACallIsAnEntryWithEcho)
     pick.choose_home2();
     pick.wait_until_reading();
     EXPECT_EQ(pick.settings(), pick.before);
-    EXPECT_EQ(dispositions_of(pick.pid()), signals_ignored);
+    EXPECT_EQ(dispositions_of(pick.pid()), (Dispositions{ending_signals, 0}));
     pick.type("home2-password\n");
     EXPECT_EQ(pick.finish(), success(asked_screen + "home2-password\r\n" + connected_screen));
     EXPECT_EQ(pick.settings(), pick.before);
@@ -81,16 +79,6 @@ INSTANTIATE_TEST_SUITE_P(
                     FailingCall{"ThirdHandlerNotInstalled", "sigaction", EINVAL, 3},
                     FailingCall{"FourthHandlerNotInstalled", "sigaction", EINVAL, 4}),
     by_name);
-
-TEST(HandlerThatCannotBeInstalled, LeavesSignalsAloneAfterTheEntry)
-{
-    Pick pick(fault("sigaction", EINVAL, 3), {{"ADD_NETWORK", {silence()}}}, ignore_ending_signals);
-    pick.choose_home2();
-    pick.wait_until_reading();
-    pick.type("home2-password\n");
-    ASSERT_TRUE(pick.wait_for_request("ADD_NETWORK"));
-    EXPECT_EQ(dispositions_of(pick.pid()), signals_ignored);
-}
 
 TEST(WarningOfQt, IsNotPrintedAtStart)
 {

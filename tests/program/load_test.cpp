@@ -93,11 +93,11 @@ Client client_of(const ManualSupplicant& supplicant)
 
 void in_threads(int threads, const std::function<void(int)>& function)
 {
-    std::vector<std::thread> running;
+    std::vector<std::future<void>> running;
     for (int i = 0; i < threads; ++i)
-        running.emplace_back(function, i);
-    for (std::thread& thread : running)
-        thread.join();
+        running.push_back(std::async(std::launch::async, function, i));
+    for (std::future<void>& thread : running)
+        thread.get();
 }
 
 void call_from_one_thread(const Client& client, int calls)
