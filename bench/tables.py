@@ -2,7 +2,17 @@
 # Copyright (c) The corvane-wifi authors
 """Measures what scripts/bench has built and prints the tables."""
 
-import json, os, pathlib, re, shlex, shutil, socketserver, statistics, subprocess, sys, tempfile
+import json
+import os
+import pathlib
+import re
+import shlex
+import shutil
+import socketserver
+import statistics
+import subprocess
+import sys
+import tempfile
 import threading
 
 RUNS, ROUNDS = int(sys.argv[1]), 10
