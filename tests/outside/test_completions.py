@@ -51,7 +51,8 @@ def complete(folder, environment, terminal):
     (folder / ".rc").write_text(BASH)
     (folder / ".zshrc").write_text(ZSH)
     # Without it fish makes completions from all manual pages, in the background.
-    (folder / ".local/share/fish/generated_completions").mkdir(parents=True)
+    for parent in (".local/share", ".cache"):
+        (folder / parent / "fish/generated_completions").mkdir(parents=True)
 
     def open_shell(name):
         require_tool(name)
