@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// The behaviour of wpa_supplicant that the program relies on, which the simulator must show, too.
+// Proves that the simulator behaves like wpa_supplicant wherever the program relies on it.
 
 #include "support/daemon.hpp"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// Whole journeys of the program and the library with wpa_supplicant itself, and what that writes to
-// its file.
+// Proves that the program and the library work with the real wpa_supplicant, and what it saves in
+// its configuration file.
 
 #include "cvn/wifi.hpp"
 #include "support/daemon.hpp"

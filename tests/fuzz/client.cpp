@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// Replaces the system, the clock and wpa_supplicant, and checks what the library sends. The texts
-// of an input are operations, each followed by the replies to it:
+// Proves that the library sends correct sequences of requests for any replies and failures.
+//
+// Replaces the system calls, the clock and wpa_supplicant. An input is a list of operations, each
+// followed by its replies:
 //     >WORD<tab>SSID<tab>TIME-OUT<tab>PASSWORD or id
 //     REPLY, or !CALL if that system call fails, !short if too little is sent, !wait for no reply
-// After the last reply, none comes. No real time passes.
+// Requests after the last reply get none. No real time passes.
 
 #include "fuzz.hpp"
 

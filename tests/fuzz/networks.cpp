@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
+// Proves that any scan results and saved profiles give one correct record per name, in order.
+
 #include "fuzz.hpp"
 
 #include "cvn/wifi.hpp"

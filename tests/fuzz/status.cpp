@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
+// Proves that any status reply is read as the last value of each field.
+
 #include "fuzz.hpp"
 
 #include "cvn/wifi.hpp"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// What examples/wifi-panel shows and does when a person clicks, types and waits.
+// Proves what examples/wifi-panel shows and does when a person clicks, types and waits.
 
 #include "panel.hpp"
 

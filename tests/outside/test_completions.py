@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Proves what Tab makes of a command line in bash, zsh and fish: only here do completions run."""
+"""Proves that Tab completes command lines in bash, zsh and fish."""
 import shlex
 
 import pytest

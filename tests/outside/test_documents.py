@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Proves that what the documents tell readers to type works, and that their links lead to files."""
+"""Proves that the commands in the documents work, and that the links lead to files."""
 import json
 import re
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Proves that examples/wifi-menu and examples/status-bar do what a user chooses and sees there."""
+"""Proves what examples/wifi-menu does for each choice, and what examples/status-bar prints."""
 import contextlib
 import json
 import os

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Proves that other projects can build against what is installed, and against the sources."""
+"""Proves that other projects can build against the installed files, and against the sources."""
 import os
 import shlex
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Proves that the manual page says what the source says: all its words, and nothing else."""
+"""Proves that the manual page has the messages, options and times of the source, and no others."""
 import re
 import subprocess
 

@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Proves that schema/ describes the program's JSON, refuses anything else, and agrees with the
-manual page."""
+"""Proves that schema/ accepts only the program's JSON, and agrees with the manual page."""
 import json
 import random
 import re

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// What the program adds to the library: its arguments, output, input and exit status.
+// Proves what the program adds to the library: arguments, input, output and exit status.
 
 #include "support/fake_supplicant.hpp"
 #include "support/program.hpp"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// Failures that strace, with which interruption_test makes them, cannot make or does not show: a
-// request that is cut short, signal handlers while the password is read, and messages of Qt.
+// Proves how the program handles failures that interruption_test cannot cause or observe: a
+// truncated request, unused socket numbers, a prompt that cannot hide input, and messages of Qt.
 
 #include "support/pick.hpp"
 #include "support/rows.hpp"
@@ -56,7 +56,7 @@ TEST(RefusedSocket, DoesNotUseUpANumber)
     EXPECT_THAT(supplicant.records().back().sender, testing::EndsWith("-6"));
 }
 
-TEST_P(HiddenEntry, WithoutACallIsAnEntryWithEcho)
+TEST_P(HiddenEntry, ShowsTheInputWhenACallFails)
 {
     const auto& [name, call, error, nth] = GetParam();
     Pick pick(fault(call, error, nth), {}, ignore_ending_signals);

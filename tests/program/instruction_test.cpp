@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// A signal before any one instruction of the hidden entry, from the first handler installed to the
-// last one removed, finds the terminal and the program in a state from which both end well: what
-// compilers reorder in an optimized program shows nowhere else.
+// Proves that a signal before any instruction of the password prompt ends the program and restores
+// the terminal, however the compiler has reordered the code.
 
 #include "support/pick.hpp"
 
@@ -144,7 +143,7 @@ class SignalAtAnyInstruction : public testing::TestWithParam<int> { };
 
 } // namespace
 
-TEST_P(SignalAtAnyInstruction, EndsTheProgramWithTheTerminalAsItWas)
+TEST_P(SignalAtAnyInstruction, RestoresTheTerminalAndEndsTheProgram)
 {
     if (!may_trace())
         GTEST_SKIP() << "processes may not be traced here";
@@ -176,7 +175,7 @@ INSTANTIATE_TEST_SUITE_P(Each, SignalAtAnyInstruction,
 
 #else
 
-TEST(SignalAtAnyInstruction, EndsTheProgramWithTheTerminalAsItWas)
+TEST(SignalAtAnyInstruction, RestoresTheTerminalAndEndsTheProgram)
 {
     GTEST_SKIP() << "needs an x86-64 processor";
 }

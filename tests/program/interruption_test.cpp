@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// Any one failing system call, signal or failing allocation ends an action with a report and
-// without a trace, or does no harm: each that an undisturbed run makes is disturbed in turn.
-// strace sees all system calls, and in static binaries, too; only allocations need the preload.
+// Proves that a failure of any system call or allocation is reported or harmless, and that a signal
+// at any system call restores the terminal and does not disturb the next run.
+//
+// strace works on static binaries, too; only failing allocations need the preloaded library.
 
 #include "cvn/wifi.hpp"
 #include "support/fake_supplicant.hpp"
@@ -297,8 +298,8 @@ std::string without_password(std::string screen)
     return shown == screen.npos ? screen : screen.erase(shown, strlen("home2-password"));
 }
 
-/// One in so many trials is made. An exchange has 24 of them, so that 7 meets each kind in turn.
-/// CORVANE_EVERY=1 makes them all.
+/// Only every nth trial is made: an exchange has 24, so 7 reaches each kind in turn. CORVANE_EVERY
+/// sets another n.
 size_t stride(size_t ordinarily = 7)
 {
     const char* other = getenv("CORVANE_EVERY");

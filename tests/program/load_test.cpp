@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// Many exchanges, one after another and at once, get their own replies and use up nothing.
-// scripts/load makes many more of them.
+// Proves that many exchanges, in sequence and at once, each get their own reply and leak nothing.
+// scripts/load runs many more.
 
 #include "cvn/wifi.hpp"
 #include "support/fake_supplicant.hpp"

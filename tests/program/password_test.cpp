@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// A password goes to the supplicant, and to no output and no file, whatever fails on the way.
+// Proves that the program writes a password to no output and no file, whatever fails.
 
 #include "support/fake_supplicant.hpp"
 #include "support/program.hpp"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// What the user sees and finds at a terminal: which settings, signals and typed lines the hidden
-// entry changes, and that it leaves them as they were.
+// Proves that the password prompt hides what is typed, and restores the terminal settings and the
+// signal handlers.
 
 #include "support/pick.hpp"
 #include "support/temporary_folder.hpp"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// Nothing that other users and processes on the machine do, and no reply of a supplicant that
-// cannot be trusted, reaches further than the exchange it is meant for.
+// Proves that no other user or process can forge a reply, misuse the path of the program's socket
+// file, or disturb a later exchange.
 
 #include "cvn/wifi.hpp"
 #include "support/fake_supplicant.hpp"

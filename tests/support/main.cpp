@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// Runs the tests under a process id of which /tmp holds no socket files: an earlier process that
-// had the same id and was killed may have left some.
+// Runs the tests under a process id for which /tmp holds no socket files: an earlier process with
+// the same id may have been killed and have left some.
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// What each call of the library sends, waits for, reports and leaves behind, in process.
+// Proves what each call of the library sends, waits for, reports and leaves behind, in process.
 
 #include "support/describe.hpp"
 #include "support/fake_supplicant.hpp"

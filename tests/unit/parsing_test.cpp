@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-// What the library makes of any reply, and how it encodes names and passwords, without a socket.
+// Proves how the library parses replies and encodes names and passwords, without a socket.
 
 #include "support/describe.hpp"
 #include "support/replies.hpp"
