@@ -1,8 +1,8 @@
 # shellcheck shell=sh
 # SPDX-License-Identifier: MIT
 #
-# Makes access points of the radios 1 to 5, in a network namespace of their own, with a DHCP server.
-# The machines' first scripts read it, so it runs under busybox's shell and under dash.
+# Turns radios 1 to 5 into access points with a DHCP server, in a network namespace of their own.
+# lab/init reads it under busybox's shell, lab/debian/air-up under dash.
 
 # In one namespace the kernel would hand packets between station and access point directly.
 air=/run/netns/air

@@ -22,7 +22,7 @@ machine() { # SECONDS OPTION...
     timeout --foreground "$1" "$qemu" "${processor[@]}" -m 1024 -nodefaults -display none "${@:2}"
 }
 
-# Passes on what is meant for people, one whole line at a time.
+# Prints the results and notes of the machine as they come, and keeps all its output in LOG.
 watch() { # LOG
     stdbuf -oL tr -d '\r' | tee "$1" | grep -a --line-buffered '^ok\|^not ok\|^#' || true
     grep -qa '^machine done' "$1" && return

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 #
-# What the scenarios are written in. They run in the machine, under busybox's shell.
+# Functions for the scenarios, which run in the machine, under busybox's shell, and for debian/boot.
 # shellcheck shell=sh disable=SC2034 # $out, $err and $status are for the scenarios
 
 conf=/etc/wpa_supplicant.conf

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=bash disable=SC2154 # from lab/run
 #
-# Read by lab/run: makes $lab/root, a Debian kernel and Qt, and $lab/$suite.cpio, the machine's files
-# with the wpa_supplicant of that suite. A file gets its name when it is complete, so an interrupted
-# run leaves nothing that the next one would use.
+# Read by lab/run: makes $lab/root, a Debian kernel and Qt, and $lab/$suite.cpio, the machine's
+# files with the wpa_supplicant of that suite. A file gets its name when it is complete, so an
+# interrupted run leaves nothing that the next one would use.
 
 root=$lab/root daemons=$lab/$suite base=$lab/base
 

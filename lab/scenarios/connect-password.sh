@@ -12,7 +12,7 @@ result "connect to a WPA2-PSK+SAE network succeeds" 0 "Connected to Mixed."
 same "Mixed uses the pre-shared key" WPA2-PSK "$(current key_mgmt)"
 join "Corner Shop" corner-password
 result "connect to an SSID with a space succeeds" 0 "Connected to Corner Shop."
-check "Corner Shop is soon online" wait_for reaches_access_point
+check "Corner Shop is online" wait_for reaches_access_point
 same "the file has each of the three profiles once" "	ssid=\"Home2\"
 	psk=\"home2-password\"
 	ssid=\"Mixed\"

@@ -34,4 +34,4 @@ wifi forget --yes Home2
 same "forgetting the same network again fails" 1 "$status"
 wifi forget --yes --json Mixed
 result "forget --json forgets the last network" 0 '{"ok":true}'
-same "the file is as in the beginning" "$empty_conf" "$(cat "$conf")"
+same "the file is as at the beginning" "$empty_conf" "$(cat "$conf")"

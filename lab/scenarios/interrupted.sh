@@ -88,6 +88,6 @@ wifi connect Home2
 result "the next connect uses that profile like a saved one" 0 "Connected to Home2."
 wifi forget --yes Home2
 result "forget removes that profile" 0 "Forgot Home2."
-same "wpa_supplicant has no profile in the end" "" "$(profiles)"
+same "wpa_supplicant has no profile at the end" "" "$(profiles)"
 rm -f /tmp/corvane-wpa-* # a kill in the middle of a request leaves one
 next_command_works "connect was killed"

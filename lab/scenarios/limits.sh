@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=sh disable=SC2154 # from library.sh
 #
-# What does not work today. A check that fails here may well be good news: see what changed, and
-# tell the users.
+# The known limits are as the README and the manual page describe them. If a check fails because
+# something now works, update them.
 
 # The default wait is shorter than a scan.
 unset CORVANE_WIFI_SCAN_DELAY_MS
