@@ -171,7 +171,7 @@ TEST(ManyRuns, AtOnceGetTheirOwnReplies)
 
 TEST(ManyCalls, GetTheirOwnRepliesAndLeaveNothingBehind)
 {
-    const int calls = count("CORVANE_LOAD_CALLS", 20000);
+    const int calls = count("CORVANE_LOAD_CALLS", 4000);
     const Mirror supplicant;
     const Client client = client_of(supplicant);
     const auto make = [&](int half) {
