@@ -171,7 +171,7 @@ TEST(ManyRuns, AtOnceGetTheirOwnReplies)
 
 TEST(ManyCalls, GetTheirOwnRepliesAndLeaveNothingBehind)
 {
-    const int calls = count("CORVANE_LOAD_CALLS", 4000);
+    const int calls = count("CORVANE_LOAD_CALLS", 640);
     const Mirror supplicant;
     const Client client = client_of(supplicant);
     // Beside other tests each call from one thread waits for a processor twice: few of those.
@@ -180,9 +180,10 @@ TEST(ManyCalls, GetTheirOwnRepliesAndLeaveNothingBehind)
         call_from_eight_threads(client, number - number / 10);
         return resources_in_use();
     };
-    const Resources first = make(1000);
-    const Resources last = make(calls - 1000);
-    std::cout << "1000 calls: " << first.heap << " bytes, " << first.descriptors << " descriptors\n"
+    const Resources first = make(calls / 2);
+    const Resources last = make(calls / 2);
+    std::cout << calls / 2 << " calls: " << first.heap << " bytes, " << first.descriptors
+              << " descriptors\n"
               << calls << " calls: " << last.heap << " bytes, " << last.descriptors
               << " descriptors\n";
     // More arenas for threads may need that much. A leak in each call would need far more.
