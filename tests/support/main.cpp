@@ -4,6 +4,8 @@
 // Runs the tests under a process id for which /tmp holds no socket files: an earlier process with
 // the same id may have been killed and have left some.
 
+#include "support/program.hpp"
+
 #include <gmock/gmock.h>
 
 #include <sys/prctl.h>
@@ -12,21 +14,8 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
 
 namespace {
-
-/// Removes them. False if another user's remain.
-bool free_of_leftovers()
-{
-    const std::string own = "/tmp/corvane-wpa-" + std::to_string(getpid()) + '-';
-    bool result = true;
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator("/tmp"))
-        if (entry.path().string().starts_with(own))
-            result = std::filesystem::remove(entry.path(), error) && result;
-    return result;
-}
 
 /// In the parent, ends as the child does.
 void continue_in_a_child()
@@ -47,7 +36,7 @@ void continue_in_a_child()
 
 int main(int argc, char** argv)
 {
-    while (!free_of_leftovers())
+    while (!remove_socket_files_of(getpid()))
         continue_in_a_child();
     testing::InitGoogleMock(&argc, argv);
     return RUN_ALL_TESTS();

@@ -85,31 +85,11 @@ private:
     Preparation prepare_;
 };
 
-/// Tries their names, which takes less time than to read a /tmp with many files.
-std::vector<std::string> socket_files_of(pid_t pid)
-{
-    constexpr int most_requests_of_a_run = 32;
-    std::vector<std::string> result;
-    for (int number = 0; number < most_requests_of_a_run; ++number) {
-        const std::string path = "/tmp/corvane-wpa-" + std::to_string(pid) + '-'
-            + std::to_string(number);
-        if (std::filesystem::symlink_status(path).type() != std::filesystem::file_type::not_found)
-            result.push_back(path);
-    }
-    return result;
-}
-
-bool remove(const std::string& path)
+bool remove_whole(const std::string& path)
 {
     std::error_code error;
     std::filesystem::remove_all(path, error);
     return !error;
-}
-
-/// False if one of another user stays: /tmp lets only its owner and root remove it.
-bool remove_socket_files_of(pid_t pid)
-{
-    return std::ranges::all_of(socket_files_of(pid), remove);
 }
 
 bool reads(pid_t pid)
@@ -189,6 +169,25 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
     for (const std::string& number : outcome.left)
         stream << "\nleft socket " << number;
     return stream;
+}
+
+std::vector<std::string> socket_files_of(pid_t pid, int numbers)
+{
+    // With the names of many files in it, reading /tmp takes long, and on a tmpfs may never end
+    // while others remove files.
+    std::vector<std::string> result;
+    for (int number = 0; number < numbers; ++number) {
+        const std::string path = "/tmp/corvane-wpa-" + std::to_string(pid) + '-'
+            + std::to_string(number);
+        if (std::filesystem::symlink_status(path).type() != std::filesystem::file_type::not_found)
+            result.push_back(path);
+    }
+    return result;
+}
+
+bool remove_socket_files_of(pid_t pid)
+{
+    return std::ranges::all_of(socket_files_of(pid), remove_whole);
 }
 
 Outcome success(const std::string& out, const std::string& err)
@@ -339,7 +338,7 @@ Outcome Process::end()
     wait_until("process " + std::to_string(id_) + " has ended", [this] { return has_ended(); });
     Outcome outcome;
     for (const std::string& path : socket_files_of(id_)) // no other process can have its id yet
-        if (remove(path))
+        if (remove_whole(path))
             outcome.left.push_back(path.substr(path.rfind('-') + 1));
     outcome.status = status_of(std::exchange(id_, 0));
     return outcome;

@@ -79,6 +79,11 @@ std::string process_file(pid_t pid, const std::string& name);
 /// Waits until `condition` is true. After a minute, throws an error that names `what`.
 void wait_until(const std::string& what, const std::function<bool()>& condition);
 
+/// Those with the first `numbers`, which are more than one run of the program uses.
+std::vector<std::string> socket_files_of(pid_t pid, int numbers = 32);
+/// False if one of another user stays: /tmp lets only its owner and root remove it.
+bool remove_socket_files_of(pid_t pid);
+
 /// Waits for the end of a child: its exit status, or a signal's number, negative.
 int status_of(pid_t child);
 

@@ -5,6 +5,7 @@
 
 #include "support/describe.hpp"
 #include "support/fake_supplicant.hpp"
+#include "support/program.hpp"
 #include "support/replies.hpp"
 #include "support/rows.hpp"
 
@@ -88,12 +89,8 @@ unsigned int number_of(const std::string& sender)
 
 std::vector<std::string> socket_files()
 {
-    std::vector<std::string> result;
-    const std::string own = "corvane-wpa-" + std::to_string(getpid()) + '-';
-    for (const auto& entry : std::filesystem::directory_iterator("/tmp"))
-        if (entry.path().filename().string().starts_with(own))
-            result.push_back(entry.path());
-    return result;
+    constexpr int more_than_any_test_sends = 1000;
+    return socket_files_of(getpid(), more_than_any_test_sends);
 }
 
 auto open_descriptors()
