@@ -226,6 +226,8 @@ TEST(WifiPanelOnRadios, Connects)
 
 int main(int argc, char** argv)
 {
+    const TemporaryFolder runtime; // Qt would make one in /tmp and leave it
+    qputenv("XDG_RUNTIME_DIR", runtime.path().c_str());
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     testing::InitGoogleMock(&argc, argv);
