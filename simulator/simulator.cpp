@@ -41,10 +41,15 @@ struct AccessPoint {
     string_view bssid;
     int frequency, level;
     string_view flags, ssid, password;
+    string_view hidden_name{};
 
     bool is_open() const
     {
         return flags == "[ESS]";
+    }
+    bool offers(string_view word) const
+    {
+        return flags.find(word) != string_view::npos;
     }
 };
 
@@ -57,7 +62,7 @@ constexpr AccessPoint access_points[] = {
     {"02:00:00:00:09:00", 2452, -60, "[WPA2-EAP-CCMP][ESS]", "Office", ""},
     {"02:00:00:00:03:00", 2462, -52, "[WPA2-PSK+SAE-CCMP][ESS]", "Library", "library-password"},
     {"02:00:00:00:05:00", 2422, -66, "[WPA2-PSK-CCMP][ESS]", "Café du Nord", "nord-password"},
-    {"02:00:00:00:07:00", 2442, -77, "[WPA2-PSK-CCMP][ESS]", "", "hidden-password"},
+    {"02:00:00:00:07:00", 2442, -77, "[WPA2-PSK-CCMP][ESS]", "", "attic-password", "Attic"},
     {"02:00:00:00:0b:00", 5220, -81, "[WPA2-PSK-CCMP][ESS]", "Twins", "twins-password"},
     {"02:00:00:00:08:00", 2447, -70, "[WEP][ESS]", "Antique", ""},
     {"02:00:00:00:01:00", 2412, -45, "[ESS]", "Cafe", ""},
@@ -109,10 +114,12 @@ std::optional<string> decoded(const string& value)
     return bytes;
 }
 
-// Has the fields that corvane-wifi sets and those that wpa_supplicant adds when it saves them.
+// Has the fields that corvane-wifi and its panel set, and those that wpa_supplicant adds when it
+// saves them.
 struct Profile {
     string ssid{}, psk{};
     string key_mgmt{}; // empty: wpa_supplicant's default, any kind that needs a key
+    string scan_ssid{}, ieee80211w{};
     bool disabled = false;
 
     bool set(const string& field, const string& value)
@@ -123,8 +130,13 @@ struct Profile {
         else if (field == "psk" && value.starts_with('"') && bytes && bytes->size() >= 8
                  && bytes->size() <= 63)
             psk = *bytes;
-        else if (field == "key_mgmt" && (value == "NONE" || value == "WPA-PSK"))
+        else if (field == "key_mgmt"
+                 && (value == "NONE" || value == "WPA-PSK" || value == "WPA-PSK SAE"))
             key_mgmt = value;
+        else if (field == "scan_ssid" && (value == "0" || value == "1"))
+            scan_ssid = value;
+        else if (field == "ieee80211w" && (value == "0" || value == "1" || value == "2"))
+            ieee80211w = value;
         else if (field == "disabled")
             disabled = value == "1";
         else
@@ -141,18 +153,22 @@ struct Profile {
     // The simulator connects only to open networks and those with a pre-shared key.
     bool fits(const AccessPoint& point) const
     {
-        const bool has_key = point.flags.find("-PSK") != string_view::npos && !lacks_key();
-        const bool is_suitable = key_mgmt == "NONE" ? point.is_open() : has_key;
-        return !ssid.empty() && ssid == point.ssid && is_suitable;
+        const bool is_suitable = key_mgmt == "NONE" ? point.is_open()
+                                                    : !lacks_key()
+                && (point.offers("-PSK") || (key_mgmt.ends_with("SAE") && point.offers("SAE")));
+        const bool is_seen = ssid == point.ssid || (ssid == point.hidden_name && scan_ssid == "1");
+        return !ssid.empty() && is_seen && is_suitable;
     }
 
     string block() const
     {
         const bool plain = std::ranges::all_of(ssid, is_printable);
         return "\nnetwork={\n\tssid=" + (plain ? '"' + ssid + '"' : hex_of(ssid)) + '\n'
+            + (scan_ssid == "1" ? "\tscan_ssid=1\n" : "")
             + (psk.empty() ? "" : "\tpsk=\"" + psk + "\"\n")
             + (key_mgmt.empty() ? "" : "\tkey_mgmt=" + key_mgmt + '\n')
-            + (disabled ? "\tdisabled=1\n" : "") + "}\n";
+            + (disabled ? "\tdisabled=1\n" : "")
+            + (ieee80211w.empty() ? "" : "\tieee80211w=" + ieee80211w + '\n') + "}\n";
     }
 };
 
@@ -277,7 +293,8 @@ private:
         if (now == "4WAY_HANDSHAKE" || now == "COMPLETED") {
             const string cipher = point_->is_open() ? "NONE" : "CCMP";
             text << "bssid=" << point_->bssid << "\nfreq=" << point_->frequency
-                 << "\nssid=" << escaped(point_->ssid) << "\nid=" << current_ << "\nmode=station"
+                 << "\nssid=" << escaped(profiles_.at(current_).ssid) << "\nid=" << current_
+                 << "\nmode=station"
                  << "\npairwise_cipher=" << cipher << "\ngroup_cipher=" << cipher
                  << "\nkey_mgmt=" << (point_->is_open() ? "NONE" : "WPA2-PSK") << '\n';
         }
@@ -339,9 +356,17 @@ private:
         return profiles_.at(id).set(field, value) ? ok : fail;
     }
 
-    string enable_network(const string& id)
+    string enable_network(const string& argument)
     {
-        profiles_.at(std::stoi(id)).disabled = false;
+        if (argument != "all") {
+            profiles_.at(std::stoi(argument)).disabled = false;
+            return ok;
+        }
+        for (auto& [id, profile] : profiles_)
+            profile.disabled = false;
+        const bool is_idle = current_ < 0 ? idle_state_ != "DISCONNECTED" : !point_ || is_refused();
+        if (is_idle)
+            connect_any();
         return ok;
     }
 

@@ -238,7 +238,24 @@ TEST_P(Contract, DisablesTheOtherProfilesWhenOneIsSelected)
             {"STATUS", MatchesRegex("wpa_state=DISCONNECTED\n" + status_end)},
             {"SELECT_NETWORK 0", "OK\n"},
             {"DISCONNECT", "OK\n"},
-            {"LIST_NETWORKS", flags("", "[DISABLED]", "[DISABLED]")}});
+            {"LIST_NETWORKS", flags("", "[DISABLED]", "[DISABLED]")},
+            {"ENABLE_NETWORK all", "OK\n"},
+            {"LIST_NETWORKS", flags("", "", "")},
+            {"STATUS", MatchesRegex("wpa_state=DISCONNECTED\n" + status_end)}});
+}
+
+TEST_P(Contract, SavesWhatHiddenNetworksAndWpa3Need)
+{
+    const Daemon daemon(GetParam(), {.profiles = home});
+    expect(daemon,
+           {{"SET_NETWORK 0 scan_ssid 1", "OK\n"},
+            {"SET_NETWORK 0 scan_ssid 2", "FAIL\n"},
+            {"SET_NETWORK 0 key_mgmt WPA-PSK SAE", "OK\n"},
+            {"SET_NETWORK 0 ieee80211w 1", "OK\n"},
+            {"SAVE_CONFIG", "OK\n"}});
+    EXPECT_EQ(daemon.saved(),
+              "\nnetwork={\n\tssid=\"Home\"\n\tscan_ssid=1\n\tpsk=\"home-password\"\n"
+              "\tkey_mgmt=WPA-PSK SAE\n\tdisabled=1\n\tieee80211w=1\n}\n");
 }
 
 TEST_P(Contract, WritesTheFileInOneForm)
