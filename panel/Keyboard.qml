@@ -1,0 +1,5 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) The corvane-wifi authors
+import QtQuick.VirtualKeyboard
+
+InputPanel {}

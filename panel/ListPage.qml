@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) The corvane-wifi authors
+import QtQuick
+import Corvane.Panel
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+
+Page {
+    id: page
+    required property Wifi wifi
+    readonly property bool idle: !wifi.activity
+
+    function open(network: var) {
+        if (!idle || StackView.view.depth > 1)
+            return
+        wifi.notice = ""
+        if (network.saved && !network.bssid)
+            wifi.notice = qsTr("%1 is out of range.").arg(network.name)
+        else if (network.saved)
+            wifi.reconnect(network)
+        else if (network.kind === "open")
+            wifi.join(network, "")
+        else if (network.kind === "password")
+            StackView.view.show("JoinPage.qml", {network: network})
+        else
+            details(network)
+    }
+    function details(network: var) {
+        if (idle && StackView.view.depth === 1)
+            StackView.view.show("NetworkPage.qml", {network: network})
+    }
+    function signalWords(bars: int): string {
+        return [qsTr("out of range"), qsTr("weak signal"), qsTr("fair signal"),
+                qsTr("good signal"), qsTr("very good signal")][bars]
+    }
+    function securityWords(network: var): string {
+        return {open: qsTr("open"), password: qsTr("with password"), enterprise: qsTr("enterprise"),
+                WEP: "WEP", other: qsTr("other security")}[network.kind] || ""
+    }
+
+    header: ColumnLayout {
+        spacing: 0
+        ItemDelegate {
+            id: card
+            readonly property var network: page.wifi.current
+            Layout.fillWidth: true
+            Layout.minimumHeight: 72
+            enabled: page.idle && network.name !== undefined
+            onClicked: page.details(network)
+            Keys.onReturnPressed: clicked()
+            Keys.onEnterPressed: clicked()
+            Accessible.name: title.text + ", " + situation.text
+            contentItem: RowLayout {
+                spacing: 16
+                Bars { bars: card.network.bars || 0; color: title.color }
+                ColumnLayout {
+                    Label {
+                        id: title
+                        Layout.fillWidth: true
+                        text: card.network.name || qsTr("Wi-Fi")
+                        textFormat: Text.PlainText
+                        elide: Text.ElideRight
+                        font { bold: true; pixelSize: 20 }
+                    }
+                    Label {
+                        id: situation
+                        objectName: "situation"
+                        Layout.fillWidth: true
+                        text: page.wifi.activity || page.wifi.situation
+                        textFormat: Text.PlainText
+                        wrapMode: Text.Wrap
+                    }
+                }
+            }
+        }
+        Progress {
+            Layout.fillWidth: true
+            wifi: page.wifi
+        }
+        Label {
+            objectName: "notice"
+            Layout.fillWidth: true
+            Layout.margins: 12
+            visible: text
+            text: page.wifi.notice
+            textFormat: Text.PlainText
+            wrapMode: Text.Wrap
+            Accessible.role: Accessible.AlertMessage
+        }
+    }
+
+    ListView {
+        id: list
+        objectName: "list"
+        anchors.fill: parent
+        focus: true
+        clip: true
+        opacity: page.wifi.reachable ? 1 : 0.5
+        model: page.wifi.networks
+        section.property: "section"
+        Component.onDestruction: section.property = "" // or Qt 6.4 makes headings to the end, and crashes
+        section.delegate: Label {
+            required property string section
+            width: ListView.view.width
+            padding: 12
+            text: section === "true" ? qsTr("Saved") : qsTr("In range")
+            font { bold: true; pixelSize: 14 }
+        }
+        onDragEnded: if (verticalOvershoot < -64) page.wifi.scan()
+        ScrollIndicator.vertical: ScrollIndicator {}
+        PointHandler { id: finger }
+        Binding {
+            target: page.wifi.networks
+            property: "held"
+            value: finger.active || list.moving
+        }
+        delegate: ItemDelegate {
+            id: row
+            required property var network
+            readonly property string words: !network.bssid ? qsTr("out of range")
+                : network.kind === "password" ? "" : page.securityWords(network)
+            width: ListView.view.width
+            height: 56
+            highlighted: ListView.isCurrentItem && list.activeFocus
+            enabled: page.idle
+            onClicked: page.open(network)
+            onPressAndHold: page.details(network)
+            Keys.onReturnPressed: clicked()
+            Keys.onEnterPressed: clicked()
+            Keys.onMenuPressed: page.details(network)
+            Keys.onPressed: event => {
+                if (event.key === (mirrored ? Qt.Key_Left : Qt.Key_Right))
+                    page.details(network)
+            }
+            Accessible.name: [network.name, network.saved ? qsTr("saved") : "",
+                              page.signalWords(network.bars), page.securityWords(network)]
+                             .filter(words => words).join(", ")
+            contentItem: RowLayout {
+                spacing: 16
+                Bars { bars: row.network.bars; color: name.color }
+                Label {
+                    id: name
+                    Layout.fillWidth: true
+                    text: row.network.name
+                    textFormat: Text.PlainText
+                    elide: Text.ElideRight
+                    clip: true
+                    opacity: row.network.bssid ? 1 : 0.6
+                }
+                Label {
+                    text: row.words
+                    visible: text
+                    font.pixelSize: 14
+                }
+                Padlock { visible: row.network.kind === "password"; color: name.color }
+                ToolButton {
+                    Layout.preferredWidth: 48
+                    Layout.preferredHeight: 48
+                    text: row.mirrored ? "\u2039" : "\u203a"
+                    font.pixelSize: 24
+                    focusPolicy: Qt.NoFocus
+                    onClicked: page.details(row.network)
+                    Accessible.name: qsTr("Details of %1").arg(row.network.name)
+                }
+            }
+        }
+    }
+
+    footer: RowLayout {
+        spacing: 8
+        PanelButton {
+            Layout.leftMargin: 8
+            Layout.preferredWidth: 1
+            text: qsTr("Scan")
+            enabled: page.idle
+            onClicked: page.wifi.scan()
+        }
+        PanelButton {
+            Layout.rightMargin: 8
+            Layout.preferredWidth: 1
+            text: qsTr("Hidden network")
+            enabled: page.idle
+            onClicked: page.StackView.view.show("JoinPage.qml", {})
+        }
+    }
+}

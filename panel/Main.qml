@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) The corvane-wifi authors
+import QtQuick
+import Corvane.Panel
+import QtQuick.Controls.Basic
+
+ApplicationWindow {
+    id: window
+    required property Wifi wifi
+    property string onScreenKeyboard // the file that shows it inside the window, or empty
+
+    width: 480
+    height: 720
+    minimumWidth: 320
+    minimumHeight: 320
+    title: qsTr("Wi-Fi")
+    font.pixelSize: 17
+    LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
+    LayoutMirroring.childrenInherit: true
+    palette { // this style would be light always
+        window: system.base; windowText: system.windowText
+        base: system.base; text: system.text; placeholderText: system.mid
+        button: system.button; buttonText: system.buttonText
+        light: system.light; midlight: system.midlight; mid: system.mid; dark: system.dark
+        highlight: system.highlight; highlightedText: system.highlightedText
+    }
+    onClosing: wifi.end()
+
+    SystemPalette { id: system }
+
+    StackView {
+        id: pages
+        function show(page: string, properties: var) {
+            push(Qt.resolvedUrl(page), Object.assign({wifi: window.wifi}, properties),
+                 StackView.Immediate)
+            currentItem.forceActiveFocus()
+        }
+        function back() {
+            if (depth > 1 && !window.wifi.activity)
+                pop(StackView.Immediate)
+            currentItem.forceActiveFocus()
+        }
+        anchors { top: parent.top; bottom: keyboard.top; horizontalCenter: parent.horizontalCenter }
+        width: Math.min(parent.width, 720)
+        focus: true
+        initialItem: ListPage { wifi: window.wifi }
+        Keys.onEscapePressed: back()
+        Keys.onBackPressed: back()
+    }
+    Loader {
+        id: keyboard
+        source: window.onScreenKeyboard
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+        height: item && item.active ? item.height : 0
+        visible: height > 0
+    }
+
+    Question {
+        id: question
+        property var network
+        text: ""
+        choices: [qsTr("New password"), qsTr("Try again")]
+        onChosen: choice => choice === 0
+                  ? pages.show("JoinPage.qml", {network: network})
+                  : window.wifi.reconnect(network)
+    }
+    Connections {
+        target: window.wifi
+        function onFailedSaved(why: string, network: var) {
+            question.network = network
+            question.text = why
+            question.open()
+        }
+        function onJoined() {
+            while (pages.depth > 1)
+                pages.pop(StackView.Immediate)
+            pages.currentItem.forceActiveFocus()
+        }
+    }
+}

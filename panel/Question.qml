@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) The corvane-wifi authors
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+
+// The first choice is the safe one: it has the focus.
+Dialog {
+    id: question
+    required property string text
+    required property var choices
+    signal chosen(int choice)
+
+    anchors.centerIn: parent
+    width: Math.min(parent.width - 32, 420)
+    modal: true
+    focus: true
+    onOpened: buttons.itemAt(0).forceActiveFocus()
+    onClosed: buttons.itemAt(0).focus = true
+
+    ColumnLayout {
+        anchors { left: parent.left; right: parent.right }
+        spacing: 16
+        Label {
+            Layout.fillWidth: true
+            text: question.text
+            textFormat: Text.PlainText
+            wrapMode: Text.Wrap
+        }
+        Repeater {
+            id: buttons
+            model: question.choices
+            PanelButton {
+                required property int index
+                required property string modelData
+                text: modelData
+                focus: index === 0
+                onClicked: {
+                    question.close()
+                    question.chosen(index)
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) The corvane-wifi authors
+
+#include "wifi.hpp"
+
+#include <QDir>
+#include <QGuiApplication>
+#include <QLibraryInfo>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QLockFile>
+#include <QQmlApplicationEngine>
+#include <QQuickWindow>
+#include <QSocketNotifier>
+#include <QStandardPaths>
+#include <QTranslator>
+#include <QtQml/qqmlextensionplugin.h>
+
+#include <csignal>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+Q_IMPORT_QML_PLUGIN(Corvane_PanelPlugin)
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int first_start_ms = 3000;
+
+/// The ending signals arrive at a descriptor, also those that come while a request is under way.
+int block_signals()
+{
+    sigset_t ending;
+    sigemptyset(&ending);
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM})
+        sigaddset(&ending, signal);
+    sigprocmask(SIG_BLOCK, &ending, nullptr);
+    return signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK);
+}
+
+/// With Wayland a window may come to the front only with this token, which the launcher made.
+constexpr const char* token_name = "XDG_ACTIVATION_TOKEN";
+
+bool show_first_instance(const QString& address)
+{
+    QLocalSocket socket;
+    socket.connectToServer(address);
+    if (!socket.waitForConnected(first_start_ms))
+        return false;
+    socket.write(qgetenv(token_name) + '\n');
+    return socket.waitForBytesWritten(first_start_ms);
+}
+
+void come_to_front(QQuickWindow& window, const QByteArray& token)
+{
+    if (!token.isEmpty())
+        qputenv(token_name, token);
+    window.show();
+    window.raise();
+    window.requestActivate();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const int signals_descriptor = block_signals();
+    QGuiApplication app(argc, argv);
+    QGuiApplication::setApplicationName(u"corvane-wifi-panel"_s);
+    QGuiApplication::setDesktopFileName(u"corvane-wifi-panel"_s);
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    const QString address = folder + u"/corvane-wifi-panel"_s;
+    QLockFile lock(address + u".lock"_s);
+    if (!lock.tryLock())
+        return show_first_instance(address) ? 0 : 1;
+    QLocalServer::removeServer(address);
+    QLocalServer server;
+    server.setSocketOptions(QLocalServer::UserAccessOption);
+    server.listen(address);
+
+    QTranslator translator;
+    if (translator.load(QLocale(), u"panel"_s, u"_"_s, u":/i18n"_s)) {
+        QCoreApplication::installTranslator(&translator);
+        QGuiApplication::setLayoutDirection(QLocale().textDirection());
+    }
+    Wifi wifi;
+    QQmlApplicationEngine engine;
+    engine.addImportPath(u":/qt/qml"_s);
+    const bool has_keyboard = qgetenv("QT_IM_MODULE") == "qtvirtualkeyboard";
+    engine.setInitialProperties(
+        {{u"wifi"_s, QVariant::fromValue(&wifi)},
+         {u"onScreenKeyboard"_s, has_keyboard ? u"Keyboard.qml"_s : u""_s}});
+    engine.load(u"qrc:/qt/qml/Corvane/Panel/Main.qml"_s);
+    if (engine.rootObjects().isEmpty())
+        return 1;
+    auto& window = *qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());
+    wifi.watch(window);
+    window.show();
+
+    QObject::connect(&server, &QLocalServer::newConnection, &app, [&] {
+        QLocalSocket* second = server.nextPendingConnection();
+        QObject::connect(second, &QLocalSocket::readyRead, &app, [&, second] {
+            wifi.stay();
+            come_to_front(window, second->readLine().trimmed());
+            second->deleteLater();
+        });
+    });
+    const QSocketNotifier signal_came(signals_descriptor, QSocketNotifier::Read);
+    QObject::connect(&signal_came, &QSocketNotifier::activated, &app, [&] {
+        signalfd_siginfo signal;
+        while (read(signals_descriptor, &signal, sizeof signal) > 0)
+            continue;
+        window.hide();
+        wifi.end();
+    });
+    return QGuiApplication::exec();
+}

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) The corvane-wifi authors
+
+/// What the window asks of wpa_supplicant beyond the library's own operations. It joins networks of
+/// any name, with WPA3 only, and hidden ones. SELECT_NETWORK disables all other profiles; each of
+/// these ends with ENABLE_NETWORK all, so that the device roams and returns to other networks.
+///
+/// Like the library's, they block for seconds and throw std::runtime_error.
+
+#pragma once
+
+#include <cvn/wifi.hpp>
+
+struct NewProfile {
+    QByteArray ssid;   ///< The bytes of the name.
+    QString password;  ///< Empty for an open network.
+    bool hidden;       ///< Whether it has to be asked for by name (scan_ssid).
+    int replaced = -1; ///< Id of a profile that this one takes the place of.
+};
+
+/// Adds the profile, connects, and saves it once (SAVE_CONFIG). If any of it fails, removes it.
+void join(const cvn::wifi::Client& client, const NewProfile& profile);
+
+/// Connects to a saved network. Saves nothing.
+void rejoin(const cvn::wifi::Client& client, int id, const QString& ssid);
+
+/// As the library's.
+void forget(const cvn::wifi::Client& client, const QString& ssid);

@@ -1,0 +1,314 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) The corvane-wifi authors
+
+#include "wifi.hpp"
+
+#include "requests.hpp"
+#include "words.hpp"
+
+#include <QCoreApplication>
+#include <QDateTime>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+using cvn::wifi::Client;
+using cvn::wifi::Network;
+using cvn::wifi::Status;
+
+namespace {
+
+constexpr int look_every_ms = 5000;
+constexpr int look_soon_ms = 1000; ///< While a connection or its address is on its way.
+constexpr int scan_every_ms = 30000;
+constexpr int address_patience_ms = 10000;
+
+bool is_connected(const Status& status)
+{
+    return status.state == "COMPLETED"_L1;
+}
+
+bool is_on_its_way(const Status& status)
+{
+    return status.state.startsWith("ASSOCIAT"_L1) || status.state.startsWith("AUTH"_L1)
+        || status.state.endsWith("HANDSHAKE"_L1);
+}
+
+bool is_same(const Status& left, const Status& right)
+{
+    return left.state == right.state && left.saved_id == right.saved_id && left.ssid == right.ssid;
+}
+
+bool is_time_out(const QString& error)
+{
+    return error.startsWith("Timed out connecting"_L1);
+}
+
+} // namespace
+
+Wifi::Wifi()
+{
+    worker_.moveToThread(&thread_);
+    thread_.start();
+    connect(&timer_, &QTimer::timeout, this, &Wifi::refresh);
+}
+
+Wifi::~Wifi()
+{
+    thread_.quit();
+    thread_.wait();
+}
+
+Networks* Wifi::networks()
+{
+    return &networks_;
+}
+
+QString Wifi::situation() const
+{
+    if (!problem_.isEmpty())
+        return problem_;
+    if (is_connected(status_) && !status_.address.isEmpty())
+        return tr("Connected - %1").arg(status_.address);
+    if (is_connected(status_))
+        return without_address_.hasExpired(address_patience_ms)
+            ? tr("Connected, but no address. Is a DHCP client running?")
+            : tr("Connected, waiting for an address");
+    if (status_.state == "INTERFACE_DISABLED"_L1)
+        return tr("Wi-Fi is switched off.");
+    if (is_on_its_way(status_))
+        return tr("Connecting to %1").arg(isolated(readable(status_.ssid)));
+    return status_.state.isEmpty() ? QString() : tr("Not connected");
+}
+
+QString Wifi::address() const
+{
+    return status_.address;
+}
+
+bool Wifi::reachable() const
+{
+    return problem_.isEmpty();
+}
+
+void Wifi::set_notice(const QString& notice)
+{
+    notice_ = notice;
+    emit changed();
+}
+
+void Wifi::watch(QWindow& window)
+{
+    window.installEventFilter(this);
+    set_watched(window.isExposed());
+}
+
+bool Wifi::eventFilter(QObject* window, QEvent* event)
+{
+    if (event->type() == QEvent::Expose)
+        set_watched(qobject_cast<QWindow*>(window)->isExposed());
+    return false;
+}
+
+void Wifi::set_watched(bool watched)
+{
+    if (watched_ == watched)
+        return;
+    watched_ = watched;
+    timer_.stop();
+    if (watched)
+        refresh();
+}
+
+void Wifi::scan()
+{
+    run(tr("Looking for networks"), [](const Client& client) { client.networks(true); }, {});
+}
+
+void Wifi::join(const QVariantMap& network, const QString& password)
+{
+    const QString name = network[u"name"_s].toString();
+    const NewProfile profile{.ssid = bytes_of(network[u"ssid"_s].toString()),
+                             .password = password,
+                             .hidden = false,
+                             .replaced = network[u"id"_s].toInt()};
+    connect_to(
+        name, [=](const Client& client) { ::join(client, profile); },
+        [=, this](const QString& error) {
+            const QString words = password.isEmpty()
+                ? tr("Could not connect to %1.").arg(isolated(name))
+                : tr("Could not connect. Check the password.");
+            emit failed(is_time_out(error) ? words : explained(error));
+        });
+}
+
+void Wifi::joinHidden(const QString& name, const QString& password)
+{
+    const NewProfile profile{.ssid = name.toUtf8(), .password = password, .hidden = true};
+    connect_to(
+        name, [=](const Client& client) { ::join(client, profile); },
+        [=, this](const QString& error) {
+            const QString words = tr("Could not connect. Check the name and the password.");
+            emit failed(is_time_out(error) ? words : explained(error));
+        });
+}
+
+void Wifi::reconnect(const QVariantMap& network)
+{
+    const QString name = network[u"name"_s].toString();
+    const QString ssid = network[u"ssid"_s].toString();
+    const int id = network[u"id"_s].toInt();
+    connect_to(
+        name, [=](const Client& client) { rejoin(client, id, ssid); },
+        [=, this](const QString& error) {
+            const QString words = tr("Could not connect to %1. It may be out of range, or "
+                                     "its password has changed.")
+                                      .arg(isolated(name));
+            emit failedSaved(is_time_out(error) ? words : explained(error), network);
+        });
+}
+
+void Wifi::forget(const QVariantMap& network)
+{
+    const QString ssid = network[u"ssid"_s].toString();
+    run(tr("Forgetting %1").arg(isolated(network[u"name"_s].toString())),
+        [=](const Client& client) { ::forget(client, ssid); }, {});
+}
+
+void Wifi::leave()
+{
+    run(tr("Disconnecting"), [](const Client& client) { client.disconnect(); }, {});
+}
+
+int Wifi::size(const QString& text) const
+{
+    return static_cast<int>(text.toUtf8().size());
+}
+
+void Wifi::end()
+{
+    ending_ = true;
+    if (activity_.isEmpty())
+        QCoreApplication::quit();
+}
+
+void Wifi::stay()
+{
+    ending_ = false;
+}
+
+Wifi::View Wifi::look(const Client& client, const Status& last, bool scan)
+{
+    View view;
+    try {
+        if (scan) {
+            try {
+                view.networks = client.networks(true);
+            } catch (const std::runtime_error& error) { // refused, as while the radio is off
+                view.problem = QString::fromUtf8(error.what());
+            }
+        }
+        view.status = client.status();
+        view.problem.clear();
+        if (!view.networks && !is_same(view.status, last))
+            view.networks = client.networks(false);
+    } catch (const std::exception& error) {
+        view.problem = explained(QString::fromUtf8(error.what()));
+    }
+    return view;
+}
+
+void Wifi::refresh()
+{
+    if (looking_ || !activity_.isEmpty())
+        return;
+    looking_ = true;
+    // First the list of the last scan, then a scan.
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    const bool first = scanned_at_ == 0;
+    const bool scan = !first && std::abs(now - scanned_at_) >= scan_every_ms;
+    if (first || scan)
+        scanned_at_ = first ? 1 : now;
+    const Status last = status_;
+    QMetaObject::invokeMethod(&worker_, [=, this] {
+        const View view = look(Client{QString()}, last, scan);
+        QMetaObject::invokeMethod(this, [=, this] {
+            looking_ = false;
+            take(view);
+            if (first && reachable())
+                refresh();
+        });
+    });
+}
+
+void Wifi::run(const QString& activity, const Action& action, const Finish& then)
+{
+    if (!activity_.isEmpty())
+        return;
+    activity_ = activity;
+    set_notice({});
+    QMetaObject::invokeMethod(&worker_, [=, this] {
+        const Client client{QString()};
+        QString error;
+        try {
+            action(client);
+        } catch (const std::exception& failure) {
+            error = QString::fromUtf8(failure.what());
+        }
+        const View view = look(client, {}, false);
+        QMetaObject::invokeMethod(this, [=, this] { finish(error, then, view); });
+    });
+}
+
+void Wifi::connect_to(const QString& name, const Action& action, const Finish& fail)
+{
+    if (!activity_.isEmpty())
+        return;
+    connecting_ = true;
+    run(tr("Connecting to %1").arg(isolated(name)), action, [=, this](const QString& error) {
+        if (error.isEmpty())
+            emit joined();
+        else
+            fail(error);
+    });
+}
+
+void Wifi::finish(const QString& error, const Finish& then, const View& view)
+{
+    activity_.clear();
+    connecting_ = false;
+    take(view);
+    if (then)
+        then(error);
+    else if (!error.isEmpty())
+        set_notice(explained(error));
+    if (ending_)
+        QCoreApplication::quit();
+}
+
+void Wifi::take(const View& view)
+{
+    problem_ = view.problem;
+    if (!reachable())
+        scanned_at_ = 0;
+    status_ = view.status;
+    if (!is_connected(status_) || !status_.address.isEmpty())
+        without_address_.invalidate();
+    else if (!without_address_.isValid())
+        without_address_.start();
+    if (view.networks) {
+        std::vector<Network> others = *view.networks;
+        const auto used = std::ranges::find(others, true, &Network::current);
+        current_.clear();
+        if (used != others.end() && is_connected(status_)) {
+            current_ = described(*used);
+            others.erase(used);
+        }
+        networks_.show(others);
+    }
+    const bool soon = is_on_its_way(status_)
+        || (without_address_.isValid() && !without_address_.hasExpired(address_patience_ms));
+    if (watched_)
+        timer_.start(soon ? look_soon_ms : look_every_ms);
+    emit changed();
+}

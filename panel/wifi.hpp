@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) The corvane-wifi authors
+
+#pragma once
+
+#include "networks.hpp"
+
+#include <QElapsedTimer>
+#include <QThread>
+#include <QTimer>
+#include <QWindow>
+
+#include <functional>
+#include <optional>
+
+/// What the window shows and does. All requests block, so a thread of its own makes them, one after
+/// the other. An operation that the user waits for has a name, `activity`, until it ends.
+class Wifi : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("main() makes it")
+    Q_PROPERTY(Networks* networks READ networks CONSTANT)
+    Q_PROPERTY(QVariantMap current MEMBER current_ NOTIFY changed) ///< Empty if not connected.
+    Q_PROPERTY(QString situation READ situation NOTIFY changed)    ///< A sentence.
+    Q_PROPERTY(QString address READ address NOTIFY changed)
+    Q_PROPERTY(bool reachable READ reachable NOTIFY changed)      ///< Whether there are replies.
+    Q_PROPERTY(QString activity MEMBER activity_ NOTIFY changed)  ///< Empty if there is none.
+    Q_PROPERTY(bool connecting MEMBER connecting_ NOTIFY changed) ///< Whether that is a connect.
+    Q_PROPERTY(QString notice MEMBER notice_ WRITE set_notice NOTIFY changed) ///< For the user.
+
+public:
+    Wifi();
+    ~Wifi() override; ///< Waits for the request that is under way.
+
+    Networks* networks();
+    QString situation() const;
+    QString address() const;
+    bool reachable() const;
+    void set_notice(const QString& notice);
+    /// Looks at once when `window` is seen, and then every few seconds until it is not.
+    void watch(QWindow& window);
+
+    Q_INVOKABLE void scan();
+    Q_INVOKABLE void join(const QVariantMap& network, const QString& password);
+    Q_INVOKABLE void joinHidden(const QString& name, const QString& password);
+    Q_INVOKABLE void reconnect(const QVariantMap& network);
+    Q_INVOKABLE void forget(const QVariantMap& network);
+    Q_INVOKABLE void leave();
+    Q_INVOKABLE int size(const QString& text) const; ///< In UTF-8 bytes.
+    /// Ends the program, but not before the activity has ended.
+    Q_INVOKABLE void end();
+    void stay(); ///< Takes end() back.
+
+signals:
+    void changed();
+    void joined();
+    void failed(const QString& why); ///< A new network did not come up.
+    void failedSaved(const QString& why, const QVariantMap& network);
+
+private:
+    bool eventFilter(QObject* window, QEvent* event) override;
+    void set_watched(bool watched);
+    /// What came of a look at wpa_supplicant. Without networks the list stays.
+    struct View {
+        cvn::wifi::Status status = {};
+        std::optional<std::vector<cvn::wifi::Network>> networks = {};
+        QString problem = {};
+    };
+    using Action = std::function<void(const cvn::wifi::Client&)>;
+    using Finish = std::function<void(const QString& error)>;
+
+    static View look(const cvn::wifi::Client& client, const cvn::wifi::Status& last, bool scan);
+    void refresh();
+    void run(const QString& activity, const Action& action, const Finish& finish);
+    void connect_to(const QString& name, const Action& action, const Finish& fail);
+    void finish(const QString& error, const Finish& then, const View& view);
+    void take(const View& view);
+
+    Networks networks_;
+    cvn::wifi::Status status_;
+    QVariantMap current_;
+    QString problem_, activity_, notice_;
+    bool connecting_ = false, watched_ = false, looking_ = false, ending_ = false;
+    qint64 scanned_at_ = 0;         ///< Milliseconds of the clock that goes on while suspended.
+    QElapsedTimer without_address_; ///< Valid while connected without one.
+    QTimer timer_;
+    QThread thread_;
+    QObject worker_;
+};

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) The corvane-wifi authors
+
+#include "words.hpp"
+
+#include <QCoreApplication>
+#include <QRegularExpression>
+
+#include <cerrno>
+#include <cstring>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What the library throws, where %1 is a name, a reply or the system's words.
+const char* const failures[] = {
+    QT_TRANSLATE_NOOP("Library", "Could not open Wi-Fi control socket: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not bind temporary Wi-Fi control socket: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not protect temporary Wi-Fi control socket: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not connect to wpa_supplicant: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not send Wi-Fi command: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not read Wi-Fi response: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not start Wi-Fi scan: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not select saved Wi-Fi network: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not set Wi-Fi network name: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not set open-network security: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not set WPA security: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not set WPA password: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not enable Wi-Fi network: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not select Wi-Fi network: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not save Wi-Fi network: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not disconnect Wi-Fi: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not remove Wi-Fi network: %1"),
+    QT_TRANSLATE_NOOP("Library", "Could not save removed Wi-Fi network: %1"),
+    QT_TRANSLATE_NOOP("Library", "%1 is not a saved network."),
+    QT_TRANSLATE_NOOP("Library", "Timed out connecting to %1."),
+    QT_TRANSLATE_NOOP("Library", "Wi-Fi control socket path is too long."),
+    QT_TRANSLATE_NOOP("Library", "Invalid wpa_supplicant control command."),
+    QT_TRANSLATE_NOOP("Library", "wpa_supplicant did not create a network profile."),
+};
+
+QString in_users_language(const char* text)
+{
+    return QCoreApplication::translate("Library", text);
+}
+
+bool is_plain(const QString& text)
+{
+    for (const char32_t c : text.toUcs4())
+        if (!QChar::isPrint(c) || (QChar::isSpace(c) && c != U' ') || c == U'\u2423')
+            return false;
+    return !text.contains(QChar::ReplacementCharacter);
+}
+
+} // namespace
+
+QByteArray bytes_of(const QString& printed)
+{
+    constexpr std::string_view letters = "nrte", controls = "\n\r\t\x1b";
+    const QByteArray text = printed.toUtf8();
+    QByteArray bytes;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text[i] != '\\' || i + 1 == text.size()) {
+            bytes += text[i];
+        } else if (text[++i] == 'x') {
+            bytes += QByteArray::fromHex(text.mid(i + 1, 2));
+            i += 2;
+        } else {
+            const size_t found = letters.find(text[i]);
+            bytes += found == std::string_view::npos ? text[i] : controls[found];
+        }
+    }
+    return bytes;
+}
+
+QString readable(const QString& printed)
+{
+    static const QRegularExpression easily_missed(u"^ +| +$| {2,}"_s);
+    QString name = QString::fromUtf8(bytes_of(printed));
+    if (!is_plain(name))
+        return printed;
+    for (auto matches = easily_missed.globalMatch(QString(name)); matches.hasNext();) {
+        const QRegularExpressionMatch match = matches.next();
+        const qsizetype length = match.capturedLength();
+        name.replace(match.capturedStart(), length, QString(length, u'\u2423'));
+    }
+    return name;
+}
+
+QString isolated(const QString& name)
+{
+    return u'\u2068' + name + u'\u2069';
+}
+
+QString explained(const QString& message)
+{
+    const auto ends_with = [&](int error) {
+        return message.endsWith(u": "_s + QString::fromLocal8Bit(std::strerror(error)));
+    };
+    if (message.startsWith("Could not connect to wpa_supplicant: "_L1)) {
+        if (ends_with(EACCES))
+            return in_users_language(QT_TRANSLATE_NOOP(
+                "Library", "You may not control Wi-Fi. Your user must be in the group netdev."));
+        if (ends_with(ENOENT) || ends_with(ENOTDIR) || ends_with(ECONNREFUSED))
+            return in_users_language(
+                QT_TRANSLATE_NOOP("Library", "The Wi-Fi service is not running."));
+    }
+    if (message == "Timed out waiting for wpa_supplicant."_L1)
+        return in_users_language(
+            QT_TRANSLATE_NOOP("Library", "The Wi-Fi service does not answer."));
+    for (const char* failure : failures) {
+        const QStringList ends = QString::fromLatin1(failure).split(u"%1"_s);
+        if (!message.startsWith(ends.first()) || !message.endsWith(ends.last()))
+            continue;
+        const qsizetype rest = message.size() - ends.first().size() - ends.last().size();
+        const QString words = in_users_language(failure);
+        return ends.size() == 1 ? words : words.arg(message.mid(ends.first().size(), rest));
+    }
+    return message;
+}
