@@ -46,6 +46,8 @@ Page {
             Layout.fillWidth: true
             Layout.minimumHeight: 72
             enabled: page.idle && network.name !== undefined
+            focusPolicy: Qt.StrongFocus
+            highlighted: visualFocus
             onClicked: page.details(network)
             Keys.onReturnPressed: clicked()
             Keys.onEnterPressed: clicked()
@@ -94,6 +96,7 @@ Page {
         objectName: "list"
         anchors.fill: parent
         focus: true
+        activeFocusOnTab: true
         clip: true
         opacity: page.wifi.reachable ? 1 : 0.5
         model: page.wifi.networks
@@ -108,12 +111,6 @@ Page {
         }
         onDragEnded: if (verticalOvershoot < -64) page.wifi.scan()
         ScrollIndicator.vertical: ScrollIndicator {}
-        PointHandler { id: finger }
-        Binding {
-            target: page.wifi.networks
-            property: "held"
-            value: finger.active || list.moving
-        }
         delegate: ItemDelegate {
             id: row
             required property var network

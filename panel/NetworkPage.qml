@@ -25,13 +25,14 @@ Page {
     ].filter(fact => fact[1])
 
     function connectOrAsk() {
-        StackView.view.back()
+        const view = StackView.view // there is none any more after this
+        view.back()
         if (network.saved)
             wifi.reconnect(network)
         else if (network.kind === "open")
             wifi.join(network, "")
         else
-            StackView.view.show("JoinPage.qml", {network: network})
+            view.show("JoinPage.qml", {network: network})
     }
 
     Flickable {

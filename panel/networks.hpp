@@ -17,7 +17,6 @@ QVariantMap described(const cvn::wifi::Network& network);
 class Networks : public QAbstractListModel {
     Q_OBJECT
     QML_ANONYMOUS
-    Q_PROPERTY(bool held MEMBER held_ WRITE set_held)
 
 public:
     void show(const std::vector<cvn::wifi::Network>& networks);

@@ -105,8 +105,14 @@ void Wifi::watch(QWindow& window)
 
 bool Wifi::eventFilter(QObject* window, QEvent* event)
 {
-    if (event->type() == QEvent::Expose)
+    const QEvent::Type type = event->type();
+    if (type == QEvent::Expose)
         set_watched(qobject_cast<QWindow*>(window)->isExposed());
+    else if (type == QEvent::TouchBegin || type == QEvent::MouseButtonPress)
+        networks_.set_held(true);
+    else if (type == QEvent::TouchEnd || type == QEvent::TouchCancel
+             || type == QEvent::MouseButtonRelease)
+        QTimer::singleShot(0, this, [this] { networks_.set_held(false); }); // after the tap
     return false;
 }
 

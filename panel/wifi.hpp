@@ -37,7 +37,8 @@ public:
     QString address() const;
     bool reachable() const;
     void set_notice(const QString& notice);
-    /// Looks at once when `window` is seen, and then every few seconds until it is not.
+    /// Looks at once when `window` is seen, and then every few seconds until it is not. The rows
+    /// keep still while it is touched.
     void watch(QWindow& window);
 
     Q_INVOKABLE void scan();
