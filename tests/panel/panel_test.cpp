@@ -674,6 +674,46 @@ TEST_P(RandomEvents, LeaveAWindowThatWorks)
     panel.wait_for(u"Name"_s);
 }
 
+QQuickItem* find_key(QQuickItem* item, const QString& text)
+{
+    if (!item->isVisible())
+        return nullptr;
+    if (item->property("displayText").toString() == text && item->property("key").isValid())
+        return item;
+    for (QQuickItem* child : item->childItems())
+        if (QQuickItem* found = find_key(child, text))
+            return found;
+    return nullptr;
+}
+
+/// Run by itself, because Qt chooses its input method when the program starts.
+TEST(OnScreenKeyboard, TypesThePassword)
+{
+    if (qgetenv("QT_IM_MODULE") != "qtvirtualkeyboard")
+        GTEST_SKIP() << "QT_IM_MODULE does not name the on-screen keyboard";
+    FakeSupplicant supplicant(around(access_point(1, "Home", "[WPA2-PSK-CCMP][ESS]")));
+    Panel panel(supplicant.path(), 1);
+    panel.tap(u"Home"_s);
+    panel.wait_until_(u"there is a keyboard"_s, [&] {
+        return find_key(panel.window().contentItem(), u"h"_s) != nullptr;
+    });
+    QTest::qWait(500); // it slides in
+    QQuickItem* key = find_key(panel.window().contentItem(), u"h"_s);
+    for (int i = 0; i < 8; ++i) {
+        const QPoint place
+            = key->mapToScene({key->width() / 2, key->height() / 2}).toPoint();
+        panel.press(place);
+        QTest::qWait(50);
+        panel.release(place);
+    }
+    auto* field = panel.window().findChild<QQuickItem*>(u"password"_s);
+    EXPECT_EQ(field->property("text").toString(), u"hhhhhhhh"_s);
+    panel.tap(u"Connect"_s);
+    panel.wait_until_(u"it joins"_s, [&] {
+        return supplicant.wait_for_request("SET_NETWORK 3 psk \"hhhhhhhh\"");
+    });
+}
+
 /// In the lab's machine: joins CORVANE_PANEL_SSID, which may be hidden, on the real radio.
 TEST(OnRadios, Joins)
 {
