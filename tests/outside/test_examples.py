@@ -22,8 +22,8 @@ OFFERS = ["r Scan again", "d Disconnect", "f Forget"]
 BOB = 'Bob "5G" C:\\net'
 BOB_PRINTED = r'Bob \"5G\" C:\\net'
 BOB_PROFILE = profile(BOB, 'psk="bob-password"')
-# Stands for the menus that need a display: gives the next answer, which is a part of an entry or
-# what is typed, or fails, as a menu does that is closed.
+# Stands for the menus that need a display: gives the next answer, which is a part of an entry or,
+# after a colon, what is typed, or fails, as a menu does that is closed.
 ROFI = f"""#!{sys.executable}
 import json, pathlib, sys
 answers, shown = (pathlib.Path(__file__).parents[1] / name for name in ("answers", "shown"))
@@ -34,7 +34,7 @@ with shown.open("a") as file:
     print(json.dumps(entries), file=file)
 if answer is None:
     sys.exit(1)
-print(next((entry for entry in entries if answer in entry), answer))
+print(next((entry for entry in entries if answer in entry), answer.removeprefix(":")))
 """
 
 
@@ -44,6 +44,7 @@ def choose(folder, environment, run):
     require_tool("jq")
     environment["WIFI_MENU"] = "rofi"
     put_script(folder / "bin/rofi", ROFI)
+    put_script(folder / "bin/notify-send", '#!/bin/sh\n[ "$1" = -- ] && echo "$2" >>said\n')
 
     def choose(*answers, tracer=()):
         (folder / "answers").write_text(json.dumps(answers))
@@ -60,6 +61,7 @@ def tracer(folder, environment):
     """Writes down arguments and environments. A sanitizer for leaks cannot run below it."""
     require_tool("strace")
     environment["ASAN_OPTIONS"] = "detect_leaks=0"
+    environment["password"] = "exported"  # a shell would export what replaces this
     return "strace", "-f", "-v", "-s9999", "-etrace=execve", "-o", folder / "trace"
 
 
@@ -100,7 +102,7 @@ def test_menu_in_a_terminal_hides_the_password(simulate, menu, tracer, folder, t
     child = menu(tool, tracer)
     child.expect("1 Home  .WPA personal, .*Forget")
     child.send("\r")
-    child.expect_exact("Wi-Fi password:")
+    child.expect_exact("Password for Home:")
     assert not child.getecho()
     child.send(PASSWORD + "\r")
     status, shown = end(child)
@@ -110,18 +112,13 @@ def test_menu_in_a_terminal_hides_the_password(simulate, menu, tracer, folder, t
     check_password(folder)
 
 
-def test_menu_in_a_terminal_turns_echo_on_again_when_interrupted(simulate, menu, folder):
+def test_menu_in_a_terminal_turns_echo_on_again_when_interrupted(simulate, menu):
     pexpect = pytest.importorskip("pexpect")
     simulate("Home")
-    # The program would leave a socket in /tmp if it were interrupted in a request.
-    put_script(folder / "bin/corvane-wifi", f"""#!/bin/sh
-        [ "$1" != connect ] || exec cat >given
-        exec {shlex.quote(str(PROGRAM))} "$@"\n""")
     child = menu("fzf")
     child.expect_exact("Forget")
     child.send("\r")
-    child.expect_exact("Wi-Fi password:")
-    wait_until("a password is awaited", (folder / "given").exists)
+    child.expect_exact("Password for Home:")
     child.send("half a pass")
 
     def is_interrupted():  # the first may come before anything reads
@@ -130,7 +127,6 @@ def test_menu_in_a_terminal_turns_echo_on_again_when_interrupted(simulate, menu,
 
     wait_until("wifi-menu ends", is_interrupted)
     assert child.getecho()
-    assert (folder / "given").read_text() == ""
 
 
 def test_menu_in_a_terminal_forgets_after_a_question(simulate, menu, wifi):
@@ -145,6 +141,22 @@ def test_menu_in_a_terminal_forgets_after_a_question(simulate, menu, wifi):
         child.send(answer)
         assert end(child)[0] == 0
         assert [network["ssid"] for network in json.loads(wifi("list", "--json"))] == left
+
+
+@pytest.mark.parametrize("name", ["--title=x", "--help", "-v", "--"])
+def test_menu_in_a_terminal_takes_no_name_for_an_option(simulate, menu, wifi, name):
+    simulate("none", profiles=profile(name))
+    child = menu("whiptail")
+    child.expect_exact("1 " + name)
+    child.expect_exact("f Forget")
+    child.send("f\r")
+    child.expect_exact("\u2502 Forget")  # the prompt: the first menu redraws its rows
+    child.expect_exact("1 " + name)
+    child.send("\r")
+    child.expect_exact("yes Forget " + name)
+    child.send("y\r")
+    assert end(child)[0] == 0
+    assert json.loads(wifi("list", "--json")) == []
 
 
 def test_menu_in_a_terminal_tells_failures(simulate, menu):
@@ -203,8 +215,9 @@ def test_menu_of_an_empty_list_still_scans_and_forgets(simulate, choose):
 
 
 @pytest.mark.parametrize("answers", [
-    [None], ["nonsense"], ["99"], ["0"], ["f Forget", None], ["f Forget", "nonsense"],
-    ["f Forget", "Old", None], ["f Forget", "Old", "no Keep"], ["Home", None]])
+    [None], ["nonsense"], [":1"], [":1 pier"], [":d"], [":d link"], ["f Forget", None], ["f Forget", "nonsense"],
+    ["f Forget", "Old", None], ["f Forget", "Old", "no Keep"], ["f Forget", "Old", ":yes"],
+    ["Home", None]])
 def test_menu_that_is_closed_or_without_a_choice_does_nothing(
         simulate, choose, wifi, folder, answers):
     simulate("Home", profiles=profile("Old"))
@@ -214,16 +227,57 @@ def test_menu_that_is_closed_or_without_a_choice_does_nothing(
     assert (network["ssid"], network["current"]) == ("Old", False)
 
 
-@pytest.mark.parametrize("answers, message", [
-    (["Home", "wrong-password"], "Timed out connecting to Home."),
-    (["Home", "short"], "A WPA password must contain 8 to 63 UTF-8 bytes."),
-    (["Office"], "That network uses an unsupported security mode.")])
-def test_menu_tells_failures(simulate, choose, environment, folder, answers, message):
-    simulate("Home", "Office")
+BY_HAND = '! Add it by hand: see /usr/share/doc/corvane-wifi/setup.md, "A name such as Caf\u00e9".'
+
+
+@pytest.mark.parametrize("answers, messages", [
+    (["Home", "wrong-password"], ["! Timed out connecting to Home."]),
+    (["Home", "7 bytes"], ["! A Wi-Fi password has 8 to 63 bytes."]),
+    (["Home", "\u00e9" * 32], ["! A Wi-Fi password has 8 to 63 bytes."]),
+    (["Home", 'quoted "word"'], ['! The password cannot contain " or \\.', BY_HAND]),
+    (["Home", "back\\slash"], ['! The password cannot contain " or \\.', BY_HAND]),
+    (["Bob"], ["! A new network cannot have special characters in its name.", BY_HAND]),
+    (["Office"], ["! That network uses an unsupported security mode.", BY_HAND])])
+def test_menu_tells_failures(simulate, choose, environment, folder, answers, messages):
+    simulate("Home", "Office", BOB)
     environment["CORVANE_WIFI_CONNECT_TIMEOUT_MS"] = "1"
     status, menus = choose(*answers, None)
-    assert (status, menus[-1]) == (1, ["! " + message])
+    assert (status, menus[-1]) == (1, messages)
     assert "network" not in (folder / "wpa_supplicant.conf").read_text()
+    assert (folder / "said").read_text().splitlines()[-1] == messages[0].removeprefix("! ")
+
+
+def test_menu_says_what_it_does_without_markup(simulate, choose, folder):
+    simulate("Cafe")
+    choose("Cafe")
+    assert (folder / "said").read_text() == "Connecting to Cafe\nConnected to Cafe.\n"
+
+
+def test_menu_returns_to_the_network_before_after_a_failure(simulate, choose, environment, wifi):
+    simulate("Home", "Cafe")
+    choose("Cafe")
+    environment["CORVANE_WIFI_CONNECT_TIMEOUT_MS"] = "2000"
+    status, menus = choose("Home", "wrong-password", None)
+    assert (status, menus[-1]) == (1, ["! Timed out connecting to Home.", "! Back on Cafe."])
+    status = json.loads(wifi("status", "--json"))
+    assert (status["state"], status["ssid"]) == ("COMPLETED", "Cafe")
+
+
+def test_menu_shows_blanks_at_the_ends_of_names(simulate, choose, folder):
+    simulate("none", profiles=profile("Hotel") + profile("Hotel ") + profile("  Ho tel"))
+    [entries] = choose(None)[1]
+    assert [entry.split("  [")[0] for entry in entries[:3]] == [
+        "1 Hotel", "2 Hotel\u2423", "3 \u2423\u2423Ho tel"]
+    choose("f Forget", "Hotel\u2423", "yes Forget Hotel\u2423")
+    assert (folder / "said").read_text() == "Forgot Hotel .\n"
+
+
+@pytest.mark.parametrize("name", ["--json", "--cached", "--password-stdin", "--open", "--yes",
+                                  "--qmljsdebugger=x"])
+def test_menu_refuses_names_that_the_program_takes_for_options(simulate, choose, name):
+    simulate("none", profiles=profile(name))
+    status, menus = choose("1 " + name, None)
+    assert (status, menus[-1][0]) == (1, "! corvane-wifi takes this name for an option.")
 
 
 def test_menu_tells_that_there_is_no_wpa_supplicant(choose):
@@ -237,7 +291,7 @@ def test_menu_takes_the_first_tool_that_fits_the_session(
         simulate, run, environment, folder, session, tool):
     require_tool("jq")
     simulate("Home")
-    for name in ("fuzzel", "wofi", "rofi", "dmenu", "fzf", "whiptail"):
+    for name in ("fuzzel", "wofi", "rofi", "dmenu", "bemenu", "fzf", "whiptail"):
         put_script(folder / "bin" / name, f"#!/bin/sh\necho {name} >>taken\n")
     run(MENU, env=environment | session, check=True)
     assert (folder / "taken").read_text() == tool + "\n"
@@ -251,9 +305,9 @@ def test_arguments_other_than_help_are_refused(run, script):
         assert "Usage: " in ran.stdout
 
 
-@pytest.mark.parametrize("tool", ["bemenu", "missing"])
+@pytest.mark.parametrize("tool", ["tofi", "missing"])
 def test_menu_refuses_tools_that_it_does_not_know(run, environment, folder, tool):
-    put_script(folder / "bin/bemenu", "#!/bin/sh\n")
+    put_script(folder / "bin/tofi", "#!/bin/sh\n")
     ran = run(MENU, env=environment | {"WIFI_MENU": tool})
     assert (ran.returncode, ran.stderr) == (1, f"wifi-menu: cannot use {tool}\n")
 
