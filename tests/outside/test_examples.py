@@ -313,15 +313,15 @@ def test_menu_refuses_tools_that_it_does_not_know(run, environment, folder, tool
 
 
 class StatusBar:
-    """The running script, with an `ip` that reports an event when told to."""
+    """The running script, with an `rtmon` that lists nothing and an `ip` that reports on demand."""
 
     def __init__(self, start, folder, *words):
         self.process = start(BAR, *words, stdout=subprocess.PIPE, start_new_session=True)
         # Also for reading, so that it opens even where nothing reads.
         self.pipe = os.open(folder / "events", os.O_RDWR)
 
-    def report_event(self):
-        os.write(self.pipe, b"2: wlan0: <BROADCAST,MULTICAST,UP,LOWER_UP>\n")
+    def report_event(self, interface="wlan0"):
+        os.write(self.pipe, f"2: {interface}: <BROADCAST,MULTICAST,UP,LOWER_UP>\n".encode())
 
     def prints(self, seconds):
         return select.select([self.process.stdout], [], [], seconds)[0] != []
@@ -347,7 +347,8 @@ class StatusBar:
 def bar(start, folder, environment):
     require_tool("jq", "setpriv")
     os.mkfifo(folder / "events")
-    put_script(folder / "bin/ip", "#!/bin/sh\necho \"$*\" >asked\nexec cat events\n")
+    put_script(folder / "bin/rtmon", "#!/bin/sh\necho \"$*\" >asked\nexec sleep infinity\n")
+    put_script(folder / "bin/ip", "#!/bin/sh\necho '2: wlan0: <BROADCAST>'\nexec cat events\n")
     # Notes when the program has answered.
     put_script(folder / "bin/corvane-wifi",
                f"#!/bin/sh\n{shlex.quote(str(PROGRAM))} \"$@\"\nstatus=$?\n"
@@ -370,15 +371,14 @@ def test_status_bar_shows_each_change_once_and_sleeps_meanwhile(simulate, bar, w
     started = bar()
     assert json.loads(started.line()) == {
         "text": "offline", "tooltip": "INACTIVE", "class": "disconnected"}
-    wait_until("the bar asks for events", (folder / "asked").exists)
-    assert (folder / "asked").read_text() == "-o monitor link address\n"
+    assert (folder / "asked").read_text() == "file /dev/stdout link address\n"
 
     def sleeps(seconds):
         before = started.processes()
         assert not started.prints(seconds), "a line without an event"
         return started.processes() == before
 
-    wait_until("the bar waits for events", lambda: sleeps(0.1))
+    wait_until("the bar waits for events", lambda: sleeps(0.5))
     assert sleeps(1)
     started.report_event()
     wait_until("the bar asks again",
@@ -400,6 +400,7 @@ def test_status_bar_is_plain_text_on_request(simulate, bar, wifi):
     simulate("Cafe")
     wifi("list")
     wifi("connect", "--open", "Cafe")
+    wait_until("there is an address", lambda: "10.66.2.48" in wifi("status"))
     assert bar("--text").line() == "Cafe\n"
 
 
@@ -413,11 +414,88 @@ def test_status_bar_shows_that_the_socket_is_missing_and_recovers(simulate, bar)
     assert json.loads(started.line())["class"] == "disconnected"
 
 
-def test_status_bar_leaves_no_process_behind(simulate, bar):
+@pytest.mark.parametrize("status, expected", [
+    ({"state": "COMPLETED", "ssid": "Cafe", "address": ""},
+     {"text": "Cafe (no address)", "tooltip": "COMPLETED", "class": "connecting"}),
+    ({"state": "COMPLETED", "ssid": "a\x1b[1m\u0085", "address": "10.0.0.2"},
+     {"text": "a [1m ", "tooltip": "10.0.0.2", "class": "connected"})])
+def test_status_bar_shows_odd_connections(bar, folder, status, expected):
+    put_script(folder / "bin/corvane-wifi",
+               f"#!/bin/sh\ncat <<'END'\n{json.dumps(status | {'saved_id': 0})}\nEND\n")
+    assert json.loads(bar().line()) == expected
+
+
+def test_status_bar_prints_no_command_for_polybar(bar, folder):
+    status = {"state": "COMPLETED", "ssid": "%{A1:reboot:}%%{{", "address": "10.0.0.2"}
+    put_script(folder / "bin/corvane-wifi", f"#!/bin/sh\necho '{json.dumps(status)}'\n")
+    assert bar("--text").line() == "% {A1:reboot:}%% {{\n"
+
+
+@pytest.mark.parametrize("how", ["TERM", "KILL", "reader"])
+def test_status_bar_leaves_no_process_behind(simulate, bar, how):
     simulate("Home")
     started = bar("--text")
     assert started.line() == "offline\n"
-    assert len(started.processes()) > 1
-    started.process.terminate()
+    wait_until("the bar watches its reader", lambda: len(started.processes()) >= 4)
+    if how == "reader":
+        started.process.stdout.close()
+        started.process.stdout = None
+    else:
+        started.process.send_signal(getattr(signal, "SIG" + how))
     wait_until("all processes of the bar have ended",
                lambda: started.process.poll() is not None and started.processes() == {})
+
+
+@pytest.fixture
+def kernel(bar, folder, run, start):
+    """A network namespace with wlan0 and eth0: enters it, and runs the real rtmon and ip."""
+    require_tool("unshare", "nsenter")
+    (folder / "bin/rtmon").unlink()
+    (folder / "bin/ip").unlink()
+    make = """mount -t sysfs sysfs /sys && ip link add wlan0 type bridge &&
+              ip link add eth0 type bridge && echo >made && exec sleep infinity"""
+    if run("unshare", "-rnm", "mount", "-t", "sysfs", "sysfs", "/sys").returncode != 0:
+        pytest.skip("needs user namespaces")
+    holder = start("unshare", "-rnm", "sh", "-c", make)
+    wait_until("there are interfaces", (folder / "made").exists)
+    return ["nsenter", "-t", str(holder.pid), "-U", "-n", "-m", "--preserve-credentials",
+            f"--wd={folder}"]
+
+
+def answer_from_file(folder):
+    put_script(folder / "bin/corvane-wifi", "#!/bin/sh\necho >>answered\ncat state\n")
+
+    def put(state):
+        text = json.dumps({"state": state, "ssid": "Cafe", "address": "10.0.0.2"})
+        (folder / "state").write_text(text + "\n")
+        return text
+    return put
+
+
+def test_status_bar_loses_no_change_at_its_start(kernel, start, folder):
+    state = answer_from_file(folder)
+    later = state("COMPLETED")
+    state("DISCONNECTED")
+    # What would report the change comes late, so that the change is there before it.
+    for name in ("ip", "rtmon"):
+        put_script(folder / "bin" / name, f"""#!/bin/sh
+            PATH=${{PATH#*:}}:/usr/sbin:/sbin
+            sleep 1 && echo '{later}' >state && exec {name} "$@"\n""")
+    process = start(*kernel, BAR, "--text", stdout=subprocess.PIPE)
+    lines = select.select([process.stdout], [], [], LIMIT)[0]
+    assert lines and process.stdout.readline() == "Cafe\n"
+
+
+def test_status_bar_looks_only_after_events_of_its_interface(kernel, start, run, folder):
+    state = answer_from_file(folder)
+    state("DISCONNECTED")
+    process = start(*kernel, BAR, "--text", stdout=subprocess.PIPE)
+    assert process.stdout.readline() == "offline\n"
+    looks = (folder / "answered").read_text()
+    run(*kernel, "ip", "address", "add", "10.0.0.3/24", "dev", "eth0", check=True)
+    state("COMPLETED")
+    assert not select.select([process.stdout], [], [], 1)[0], "it has looked"
+    assert (folder / "answered").read_text() == looks
+    run(*kernel, "ip", "address", "add", "10.0.0.2/24", "dev", "wlan0", check=True)
+    assert select.select([process.stdout], [], [], LIMIT)[0]
+    assert process.stdout.readline() == "Cafe\n"
