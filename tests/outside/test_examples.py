@@ -17,6 +17,7 @@ from conftest import LIMIT, PROGRAM, ROOT, profile, put_script, require_tool, wa
 
 MENU = ROOT / "examples/wifi-menu"
 BAR = ROOT / "examples/status-bar"
+README = ROOT / "examples/README.md"
 PASSWORD = "home-password"
 OFFERS = ["r Scan again", "d Disconnect", "f Forget"]
 BOB = 'Bob "5G" C:\\net'
@@ -315,8 +316,8 @@ def test_menu_refuses_tools_that_it_does_not_know(run, environment, folder, tool
 class StatusBar:
     """The running script, with an `rtmon` that lists nothing and an `ip` that reports on demand."""
 
-    def __init__(self, start, folder, *words):
-        self.process = start(BAR, *words, stdout=subprocess.PIPE, start_new_session=True)
+    def __init__(self, start, folder, *words, script=BAR):
+        self.process = start(script, *words, stdout=subprocess.PIPE, start_new_session=True)
         # Also for reading, so that it opens even where nothing reads.
         self.pipe = os.open(folder / "events", os.O_RDWR)
 
@@ -335,7 +336,8 @@ class StatusBar:
         switches = {}
         for path in pathlib.Path("/proc").glob("[0-9]*"):
             try:
-                if os.getpgid(int(path.name)) == self.process.pid:
+                if (os.getpgid(int(path.name)) == self.process.pid
+                        and not (path / "stat").read_text().split(") ")[1].startswith("Z")):
                     facts = (path / "status").read_text()
                     switches[path.name] = re.findall("(?m)^.*ctxt.*$", facts)
             except OSError:  # it has ended
@@ -355,8 +357,8 @@ def bar(start, folder, environment):
                "echo >>answered\nexit $status\n")
     bars = []
 
-    def bar(*words):
-        bars.append(StatusBar(start, folder, *words))
+    def bar(*words, **options):
+        bars.append(StatusBar(start, folder, *words, **options))
         return bars[-1]
 
     yield bar
@@ -499,3 +501,17 @@ def test_status_bar_looks_only_after_events_of_its_interface(kernel, start, run,
     run(*kernel, "ip", "address", "add", "10.0.0.2/24", "dev", "wlan0", check=True)
     assert select.select([process.stdout], [], [], LIMIT)[0]
     assert process.stdout.readline() == "Cafe\n"
+
+
+def test_the_script_for_i3status_ends_with_it(simulate, bar, folder, start):
+    simulate("Home")
+    (folder / ".cache").mkdir()
+    put_script(folder / "bin/i3status", "#!/bin/sh\nexec sleep infinity\n")
+    (folder / "bin/status-bar").symlink_to(BAR)
+    [script] = re.findall(r"(?m)^    (#!/bin/sh\n(?:    .*\n)+)", README.read_text())
+    put_script(folder / "with-wifi", script.replace("\n    ", "\n"))
+    started = bar(script=folder / "with-wifi")
+    wait_until("the file is written", lambda: (folder / ".cache/wifi").exists()
+               and (folder / ".cache/wifi").read_text() == "offline\n")
+    started.process.kill()
+    wait_until("all processes have ended", lambda: started.processes() == {})
