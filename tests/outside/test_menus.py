@@ -31,7 +31,9 @@ def wayland(folder, environment, start):
     require_tool("sway", "wtype")
     (folder / "sway").write_text("xwayland disable\nexec echo $WAYLAND_DISPLAY >display\n")
     environment |= {"WLR_BACKENDS": "headless", "WLR_LIBINPUT_NO_DEVICES": "1",
-                    "WLR_RENDERER": "pixman"}
+                    "WLR_RENDERER": "pixman",
+                    # GTK would wait for a session bus and look ready.
+                    "NO_AT_BRIDGE": "1", "GSETTINGS_BACKEND": "memory"}
     # It refuses to run as root.
     user = ["unshare", "--map-user", "1000", "--map-group", "1000"] if os.getuid() == 0 else []
     start(*user, "sway", "-c", folder / "sway", stderr=subprocess.DEVNULL)
@@ -71,7 +73,7 @@ class Screen:
         def waits():
             before = self.menu(process.pid)
             with contextlib.suppress(subprocess.TimeoutExpired):
-                process.wait(0.3)
+                process.wait(1)
             return process.poll() is not None or (
                 before and before[0] not in answered and self.menu(process.pid) == before)
 
