@@ -216,7 +216,8 @@ def test_menu_of_an_empty_list_still_scans_and_forgets(simulate, choose):
 
 
 @pytest.mark.parametrize("answers", [
-    [None], ["nonsense"], [":1"], [":1 pier"], [":d"], [":d link"], ["f Forget", None], ["f Forget", "nonsense"],
+    [None], ["nonsense"], [":1"], [":1 pier"], [":d"], [":d link"],
+    ["f Forget", None], ["f Forget", "nonsense"],
     ["f Forget", "Old", None], ["f Forget", "Old", "no Keep"], ["f Forget", "Old", ":yes"],
     ["Home", None]])
 def test_menu_that_is_closed_or_without_a_choice_does_nothing(
