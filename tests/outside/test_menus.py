@@ -1,0 +1,111 @@
+# SPDX-License-Identifier: MIT
+"""Proves that wifi-menu understands the real menus for X11 and Wayland, and that they forget."""
+import contextlib
+import json
+import os
+import pathlib
+import subprocess
+
+import pytest
+
+from conftest import LIMIT, ROOT, require_tool, wait_until
+
+MENU = ROOT / "examples/wifi-menu"
+PASSWORD = "home-password"
+MENUS = [("x11", "rofi"), ("x11", "dmenu"), ("x11", "bemenu"),
+         ("wayland", "fuzzel"), ("wayland", "wofi"), ("wayland", "bemenu")]
+
+
+@pytest.fixture
+def x11(folder, environment, start):
+    require_tool("Xvfb", "xdotool")
+    server = start("Xvfb", "-displayfd", "1", "-screen", "0", "800x600x24", "-nolisten", "tcp",
+                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    environment["DISPLAY"] = ":" + server.stdout.readline().strip()
+    return lambda text: start("xdotool", "type", "--delay", "20", "--args", "1", text,
+                              "key", "Return")
+
+
+@pytest.fixture
+def wayland(folder, environment, start):
+    require_tool("sway", "wtype")
+    (folder / "sway").write_text("xwayland disable\nexec echo $WAYLAND_DISPLAY >display\n")
+    environment |= {"WLR_BACKENDS": "headless", "WLR_LIBINPUT_NO_DEVICES": "1",
+                    "WLR_RENDERER": "pixman",
+                    # GTK would wait for a session bus and look ready.
+                    "NO_AT_BRIDGE": "1", "GSETTINGS_BACKEND": "memory"}
+    # It refuses to run as root.
+    user = ["unshare", "--map-user", "1000", "--map-group", "1000"] if os.getuid() == 0 else []
+    start(*user, "sway", "-c", folder / "sway", stderr=subprocess.DEVNULL)
+    display = folder / "display"
+    wait_until("sway is ready", lambda: display.exists() and display.read_text().endswith("\n"))
+    environment["WAYLAND_DISPLAY"] = display.read_text().strip()
+
+
+    def type_line(*words):  # and keep the keyboard: some menus fail when the last one is removed
+        start("wtype", *words, "-s", "600000")
+
+    type_line()
+    return lambda text: type_line("-d", "20", text, "-k", "Return")
+
+
+class Screen:
+    """wifi-menu with a real menu, which answers are typed into."""
+
+    def __init__(self, tool, type_line, start):
+        self.tool, self.type_line, self.start = tool, type_line, start
+
+    def menu(self, session):
+        """The process of the menu, and its processor time in hundredths of a second."""
+        for path in pathlib.Path("/proc").glob("[0-9]*"):
+            try:
+                if (os.getsid(int(path.name)) == session
+                        and (path / "comm").read_text().strip() == self.tool):
+                    return path.name, sum(map(int, (path / "stat").read_text().split()[13:15]))
+            except OSError:  # it has ended
+                pass
+        return None
+
+    def answer(self, *answers):
+        process = self.start(MENU, start_new_session=True)
+        answered = set()
+
+        def waits():
+            before = self.menu(process.pid)
+            with contextlib.suppress(subprocess.TimeoutExpired):
+                process.wait(1)
+            return process.poll() is not None or (
+                before and before[0] not in answered and self.menu(process.pid) == before)
+
+        for answer in answers:
+            wait_until(f"{self.tool} waits for {answer!r}", waits)
+            assert process.poll() is None, f"nobody asked for {answer!r}"
+            answered.add(self.menu(process.pid)[0])
+            self.type_line(answer)
+        return process.wait(LIMIT)
+
+
+@pytest.fixture
+def screen(request, environment, start):
+    session, tool = request.param
+    require_tool("jq", tool)
+    environment["WIFI_MENU"] = tool
+    return Screen(tool, request.getfixturevalue(session), start)
+
+
+@pytest.mark.parametrize("screen", MENUS, indirect=True, ids="-".join)
+def test_menu_joins_the_chosen_network_and_keeps_its_password_nowhere(simulate, screen, folder):
+    simulate("Home", "Cafe")
+    assert screen.answer("Home", PASSWORD) == 0
+    files = {path for path in folder.rglob("*") if path.is_file()}
+    keepers = [path.name for path in files if PASSWORD.encode() in path.read_bytes()]
+    assert keepers == ["wpa_supplicant.conf"]
+
+
+@pytest.mark.parametrize("screen", MENUS, indirect=True, ids="-".join)
+def test_menu_takes_typed_text_for_no_choice(simulate, screen, wifi):
+    simulate("Cafe")
+    wifi("list")
+    wifi("connect", "--open", "Cafe")
+    assert screen.answer("d link") == 0
+    assert json.loads(wifi("status", "--json"))["state"] == "COMPLETED"
