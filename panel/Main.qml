@@ -40,7 +40,8 @@ ApplicationWindow {
                 pop(StackView.Immediate)
             currentItem.forceActiveFocus()
         }
-        anchors { top: parent.top; bottom: keyboard.top; horizontalCenter: parent.horizontalCenter }
+        anchors { top: parent.top; bottom: parent.bottom; bottomMargin: keyboard.shown }
+        x: (parent.width - width) / 2
         width: Math.min(parent.width, 720)
         focus: true
         initialItem: ListPage { wifi: window.wifi }
@@ -49,10 +50,10 @@ ApplicationWindow {
     }
     Loader {
         id: keyboard
+        readonly property int shown: item && item.active ? item.height : 0
         source: window.onScreenKeyboard
-        anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
-        height: item && item.active ? item.height : 0
-        visible: height > 0
+        anchors { left: parent.left; right: parent.right }
+        y: parent.height - shown
     }
 
     Question {
