@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Proves what examples/wifi-menu does for each choice, and what examples/status-bar prints."""
+"""Proves what the examples do: wifi-menu for each choice, status-bar for each change."""
 import contextlib
 import json
 import os
@@ -13,7 +13,7 @@ import sys
 
 import pytest
 
-from conftest import LIMIT, PROGRAM, ROOT, profile, put_script, require_tool, wait_until
+from conftest import BUILD, LIMIT, PROGRAM, ROOT, profile, put_script, require_tool, wait_until
 
 MENU = ROOT / "examples/wifi-menu"
 BAR = ROOT / "examples/status-bar"
@@ -516,3 +516,15 @@ def test_the_script_for_i3status_ends_with_it(simulate, bar, folder, start):
                and (folder / ".cache/wifi").read_text() == "offline\n")
     started.process.kill()
     wait_until("all processes have ended", lambda: started.processes() == {})
+
+
+def test_event_loop_goes_on_while_the_library_works(simulate, run, environment):
+    simulate("Cafe")
+    environment["CORVANE_WIFI_SCAN_DELAY_MS"] = "1000"
+    ran = run(BUILD / "examples/without-blocking/without-blocking", check=True)
+    assert re.fullmatch(r"Cafe, -\d\d dBm\n", ran.stdout)
+    assert ran.stderr.count("...") >= 3
+    environment["CORVANE_WPA_SOCKET"] += "x"
+    ran = run(BUILD / "examples/without-blocking/without-blocking")
+    assert (ran.returncode, ran.stdout) == (1, "")
+    assert "Could not connect to wpa_supplicant: No such file or directory" in ran.stderr

@@ -17,16 +17,6 @@ MENUS = [("x11", "rofi"), ("x11", "dmenu"), ("x11", "bemenu"),
 
 
 @pytest.fixture
-def x11(folder, environment, start):
-    require_tool("Xvfb", "xdotool")
-    server = start("Xvfb", "-displayfd", "1", "-screen", "0", "800x600x24", "-nolisten", "tcp",
-                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-    environment["DISPLAY"] = ":" + server.stdout.readline().strip()
-    return lambda text: start("xdotool", "type", "--delay", "20", "--args", "1", text,
-                              "key", "Return")
-
-
-@pytest.fixture
 def wayland(folder, environment, start):
     require_tool("sway", "wtype")
     (folder / "sway").write_text("xwayland disable\nexec echo $WAYLAND_DISPLAY >display\n")
@@ -40,7 +30,6 @@ def wayland(folder, environment, start):
     display = folder / "display"
     wait_until("sway is ready", lambda: display.exists() and display.read_text().endswith("\n"))
     environment["WAYLAND_DISPLAY"] = display.read_text().strip()
-
 
     def type_line(*words):  # and keep the keyboard: some menus fail when the last one is removed
         start("wtype", *words, "-s", "600000")
