@@ -205,8 +205,8 @@ public:
     }
     QString focused()
     {
-        QAccessibleInterface* item
-            = QAccessible::queryAccessibleInterface(window().activeFocusItem());
+        QAccessibleInterface* item = QAccessible::queryAccessibleInterface(
+            window().activeFocusItem());
         return item == nullptr ? QString() : item->text(QAccessible::Name);
     }
     QQuickItem& list()
@@ -254,8 +254,7 @@ Script around(const std::string& lines)
 {
     return {{"STATUS", {reply("wpa_state=DISCONNECTED\n")}},
             {"LIST_NETWORKS", {reply("network id / ssid / bssid / flags\n")}},
-            {"SCAN_RESULTS",
-             {reply("bssid / frequency / signal level / flags / ssid\n" + lines)}}};
+            {"SCAN_RESULTS", {reply("bssid / frequency / signal level / flags / ssid\n" + lines)}}};
 }
 Script many_networks()
 {
@@ -353,8 +352,9 @@ TEST_F(Window, OffersANewPasswordWhenASavedNetworkFails)
     panel.tap(u"Scan"_s);
     panel.wait_for(u"Twins, saved"_s);
     panel.tap(u"Twins"_s);
-    panel.wait_for(u"Could not connect to \u2068Twins\u2069. It may be out of range, or its password "
-                   "has changed."_s);
+    panel.wait_for(
+        u"Could not connect to \u2068Twins\u2069. It may be out of range, or its password "
+        "has changed."_s);
     EXPECT_FALSE(panel.shows(u"Twins, Connected"_s));
     panel.tap(u"New password"_s);
     panel.type(u"twins-password"_s);
@@ -529,7 +529,7 @@ void PrintTo(const Situation& situation, std::ostream* stream)
 {
     *stream << situation.name;
 }
-class Situations : public testing::TestWithParam<Situation> {};
+class Situations : public testing::TestWithParam<Situation> { };
 Script status(const std::string& lines)
 {
     return {{"STATUS", {reply(lines)}}};
@@ -537,7 +537,8 @@ Script status(const std::string& lines)
 INSTANTIATE_TEST_SUITE_P(
     Of, Situations,
     testing::Values(
-        Situation{"RadioOff", status("wpa_state=INTERFACE_DISABLED\n"), u"Wi-Fi is switched off."_s},
+        Situation{"RadioOff", status("wpa_state=INTERFACE_DISABLED\n"),
+                  u"Wi-Fi is switched off."_s},
         Situation{"NoAddress", status("wpa_state=COMPLETED\nssid=Twins\nid=1\n"),
                   u"Connected, but no address. Is a DHCP client running?"_s},
         Situation{"OnTheWay", status("wpa_state=ASSOCIATING\nssid=x\n"),
@@ -576,11 +577,11 @@ TEST(Names, AreShownAsPeopleWriteThem)
              {R"(a\"b\\c)", u"a\"b\\c"_s},
              {" Hotel ", u"\u2423Hotel\u2423"_s},
              {"a  b c", u"a\u2423\u2423b c"_s},
-             {R"(\xff)", uR"(\xff)"_s},                 // not UTF-8
-             {R"(a\tb)", uR"(a\tb)"_s},                 // a control character
+             {R"(\xff)", uR"(\xff)"_s},                     // not UTF-8
+             {R"(a\tb)", uR"(a\tb)"_s},                     // a control character
              {R"(a\xe2\x80\xaeb)", uR"(a\xe2\x80\xaeb)"_s}, // turns the direction
-             {R"(a\xc2\xa0b)", uR"(a\xc2\xa0b)"_s},     // a blank that looks like a space
-             {R"(\xe2\x90\xa3)", uR"(\xe2\x90\xa3)"_s}, // what stands for a space
+             {R"(a\xc2\xa0b)", uR"(a\xc2\xa0b)"_s},         // a blank that looks like a space
+             {R"(\xe2\x90\xa3)", uR"(\xe2\x90\xa3)"_s},     // what stands for a space
          })
         EXPECT_EQ(readable(QString::fromUtf8(printed)), shown);
     EXPECT_EQ(bytes_of(uR"(\"\\\e\n\r\t\x00\xc3\xa9)"_s),
@@ -639,7 +640,7 @@ TEST_P(Sizes, HoldEveryPage)
     check_layout(panel);
 }
 
-class RandomEvents : public testing::TestWithParam<unsigned> {};
+class RandomEvents : public testing::TestWithParam<unsigned> { };
 INSTANTIATE_TEST_SUITE_P(Of, RandomEvents, testing::Values(1U, 2U, 3U));
 TEST_P(RandomEvents, LeaveAWindowThatWorks)
 {
@@ -647,7 +648,7 @@ TEST_P(RandomEvents, LeaveAWindowThatWorks)
     Panel panel(supplicant.path(), 1);
     std::mt19937 random(GetParam());
     const auto below = [&](int limit) { return static_cast<int>(random() % unsigned(limit)); };
-    const std::vector keys = {Qt::Key_Tab,  Qt::Key_Backtab, Qt::Key_Up,    Qt::Key_Down,
+    const std::vector keys = {Qt::Key_Tab,  Qt::Key_Backtab, Qt::Key_Up,     Qt::Key_Down,
                               Qt::Key_Left, Qt::Key_Right,   Qt::Key_Return, Qt::Key_Escape,
                               Qt::Key_A,    Qt::Key_Space};
     bool down = false;
@@ -694,14 +695,12 @@ TEST(OnScreenKeyboard, TypesThePassword)
     FakeSupplicant supplicant(around(access_point(1, "Home", "[WPA2-PSK-CCMP][ESS]")));
     Panel panel(supplicant.path(), 1);
     panel.tap(u"Home"_s);
-    panel.wait_until_(u"there is a keyboard"_s, [&] {
-        return find_key(panel.window().contentItem(), u"h"_s) != nullptr;
-    });
+    panel.wait_until_(u"there is a keyboard"_s,
+                      [&] { return find_key(panel.window().contentItem(), u"h"_s) != nullptr; });
     QTest::qWait(500); // it slides in
     QQuickItem* key = find_key(panel.window().contentItem(), u"h"_s);
     for (int i = 0; i < 8; ++i) {
-        const QPoint place
-            = key->mapToScene({key->width() / 2, key->height() / 2}).toPoint();
+        const QPoint place = key->mapToScene({key->width() / 2, key->height() / 2}).toPoint();
         panel.press(place);
         QTest::qWait(50);
         panel.release(place);
@@ -720,7 +719,7 @@ TEST(OnRadios, Joins)
     const QString ssid = qEnvironmentVariable("CORVANE_PANEL_SSID");
     if (ssid.isEmpty())
         GTEST_SKIP() << "CORVANE_PANEL_SSID names no network to join";
-    Panel panel(qgetenv("CORVANE_WPA_SOCKET").toStdString());
+    Panel panel(qgetenv("CORVANE_WPA_SOCKET").toStdString(), 60000);
     panel.tap(u"Scan"_s);
     panel.wait_until_idle();
     if (qEnvironmentVariableIsSet("CORVANE_PANEL_HIDDEN")) {
@@ -744,7 +743,8 @@ int main(int argc, char** argv)
     qputenv("XDG_RUNTIME_DIR", runtime.path().c_str());
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_QUICK_BACKEND", "software");
-    qputenv("CORVANE_WIFI_SCAN_DELAY_MS", "100");
+    if (!qEnvironmentVariableIsSet("CORVANE_WIFI_SCAN_DELAY_MS"))
+        qputenv("CORVANE_WIFI_SCAN_DELAY_MS", "100");
     const QGuiApplication application(argc, argv);
     testing::InitGoogleMock(&argc, argv);
     return RUN_ALL_TESTS();
