@@ -215,7 +215,7 @@
     </message>
     <message>
         <source>Hidden network</source>
-        <translation>Verstecktes Netz</translation>
+        <translation>Anderes Netz</translation>
     </message>
 </context>
 <context>
@@ -281,7 +281,7 @@
     </message>
     <message>
         <source>Access point</source>
-        <translation>Zugangspunkt</translation>
+        <translation>BSSID</translation>
     </message>
     <message>
         <source>Address</source>

@@ -249,7 +249,7 @@
     </message>
     <message>
         <source>WPA, with a password</source>
-        <translation>WPA, con contraseña</translation>
+        <translation>contraseña WPA</translation>
     </message>
     <message>
         <source>enterprise</source>
@@ -281,7 +281,7 @@
     </message>
     <message>
         <source>Access point</source>
-        <translation>Punto acceso</translation>
+        <translation>BSSID</translation>
     </message>
     <message>
         <source>Address</source>

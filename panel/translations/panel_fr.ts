@@ -249,7 +249,7 @@
     </message>
     <message>
         <source>WPA, with a password</source>
-        <translation>WPA, avec mot de passe</translation>
+        <translation>mot de passe WPA</translation>
     </message>
     <message>
         <source>enterprise</source>
