@@ -51,4 +51,4 @@ def test_the_texts_are_those_of_the_panel(language, folder):
     sources = [*PANEL.glob("*.qml"), *PANEL.glob("*.cpp")]
     subprocess.run([LUPDATE, "-silent", *sources, "-ts", folder / "now.ts"], check=True,
                    timeout=LIMIT)
-    assert translations(translation_file(language)).keys() == translations(folder / "now.ts").keys()
+    assert set(translations(translation_file(language))) == set(translations(folder / "now.ts"))
