@@ -14,6 +14,8 @@ panel() { # SSID PASSWORD [VARIABLE=VALUE...]
 }
 saves() { grep -q "$1" "$conf" && ! grep -q disabled "$conf"; }
 
+ln -sf /proc/self/fd/0 /dev/stdin # as on any system
+ln -sf /proc/self/fd/1 /dev/stdout
 export CORVANE_WPA_SOCKET=/run/wpa_supplicant/wlan0
 dash /bin/status-bar >/tmp/bar &
 bar=$!

@@ -47,6 +47,7 @@ Page {
             Label {
                 Layout.fillWidth: true
                 text: page.network ? page.network.name : qsTr("Hidden network")
+                horizontalAlignment: Text.AlignLeft
                 textFormat: Text.PlainText
                 wrapMode: Text.Wrap
                 font { bold: true; pixelSize: 20 }

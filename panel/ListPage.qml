@@ -60,6 +60,7 @@ Page {
                         id: title
                         Layout.fillWidth: true
                         text: card.network.name || qsTr("Wi-Fi")
+                        horizontalAlignment: Text.AlignLeft
                         textFormat: Text.PlainText
                         elide: Text.ElideRight
                         font { bold: true; pixelSize: 20 }
@@ -69,6 +70,7 @@ Page {
                         objectName: "situation"
                         Layout.fillWidth: true
                         text: page.wifi.activity || page.wifi.situation
+                        horizontalAlignment: Text.AlignLeft
                         textFormat: Text.PlainText
                         wrapMode: Text.Wrap
                     }
@@ -139,6 +141,7 @@ Page {
                     id: name
                     Layout.fillWidth: true
                     text: row.network.name
+                    horizontalAlignment: Text.AlignLeft
                     textFormat: Text.PlainText
                     elide: Text.ElideRight
                     clip: true

@@ -47,6 +47,7 @@ Page {
             Label {
                 Layout.fillWidth: true
                 text: page.network.name
+                horizontalAlignment: Text.AlignLeft
                 textFormat: Text.PlainText
                 wrapMode: Text.Wrap
                 font { bold: true; pixelSize: 20 }
@@ -60,6 +61,7 @@ Page {
                     Label {
                         Layout.fillWidth: true
                         text: parent.modelData[1]
+                        horizontalAlignment: Text.AlignLeft
                         textFormat: Text.PlainText
                         wrapMode: Text.Wrap
                     }
