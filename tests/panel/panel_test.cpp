@@ -720,7 +720,7 @@ TEST(OnRadios, Joins)
     const QString ssid = qEnvironmentVariable("CORVANE_PANEL_SSID");
     if (ssid.isEmpty())
         GTEST_SKIP() << "CORVANE_PANEL_SSID names no network to join";
-    Panel panel(qgetenv("CORVANE_WPA_SOCKET").toStdString(), 60000);
+    Panel panel(qgetenv("CORVANE_WPA_SOCKET").toStdString(), 30000, {480, 1600});
     panel.tap(u"Scan"_s);
     panel.wait_until_idle();
     if (qEnvironmentVariableIsSet("CORVANE_PANEL_HIDDEN")) {
