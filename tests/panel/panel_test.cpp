@@ -393,6 +393,20 @@ TEST_F(Window, DoesWithKeysWhatAFingerDoes)
     panel.wait_for(u"Home, Connected"_s);
 }
 
+TEST_F(Window, LooksAsInTheDocuments)
+{
+    const QString folder = qEnvironmentVariable("CORVANE_PICTURES");
+    panel.wait_for(u"Antique"_s);
+    for (const auto& [name, size] : {std::pair(u"phone"_s, QSize(400, 720)),
+                                     std::pair(u"tablet"_s, QSize(1024, 600))}) {
+        panel.window().resize(size);
+        QTest::qWait(200); // the layout follows
+        const QImage picture = panel.window().grabWindow();
+        EXPECT_EQ(picture.size(), size);
+        EXPECT_TRUE(folder.isEmpty() || picture.save(folder + u"/panel-"_s + name + u".png"_s));
+    }
+}
+
 TEST_F(Window, EndsOnlyWhenTheAttemptHasEnded)
 {
     const QSignalSpy ended(qApp, &QCoreApplication::aboutToQuit);
