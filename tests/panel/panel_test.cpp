@@ -397,8 +397,8 @@ TEST_F(Window, LooksAsInTheDocuments)
 {
     const QString folder = qEnvironmentVariable("CORVANE_PICTURES");
     panel.wait_for(u"Antique"_s);
-    for (const auto& [name, size] : {std::pair(u"phone"_s, QSize(400, 720)),
-                                     std::pair(u"tablet"_s, QSize(1024, 600))}) {
+    for (const auto& [name, size] :
+         {std::pair(u"phone"_s, QSize(400, 720)), std::pair(u"tablet"_s, QSize(1024, 600))}) {
         panel.window().resize(size);
         QTest::qWait(200); // the layout follows
         const QImage picture = panel.window().grabWindow();
