@@ -4,9 +4,6 @@ include(CMakePackageConfigHelpers)
 
 set(CORVANE_ZSH_COMPLETIONS ${CMAKE_INSTALL_DATADIR}/zsh/site-functions
     CACHE STRING "Folder for the zsh completion; Debian packages use vendor-completions")
-# Not those of the user's umask.
-set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
-    GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
 install(TARGETS corvane-wifi COMPONENT program)
 install(FILES man/corvane-wifi.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
@@ -23,10 +20,10 @@ install(PROGRAMS examples/status-bar examples/wifi-menu
         DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT program)
 
 # Everything that the README refers to, and what that refers to.
-file(GLOB documents CONFIGURE_DEPENDS *.md docs/*.md docs/*.png docs/*.svg)
-foreach(document IN ITEMS LICENSE examples/README.md release/README.md scripts/README.md
-        LISTS documents)
-  cmake_path(RELATIVE_PATH document BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
+file(GLOB documents CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR}
+     *.md docs/*.md docs/*.png docs/*.svg)
+foreach(document IN LISTS documents ITEMS LICENSE examples/README.md release/README.md
+        scripts/README.md)
   cmake_path(GET document PARENT_PATH folder)
   install(FILES ${document} DESTINATION ${CMAKE_INSTALL_DOCDIR}/${folder} COMPONENT documentation)
 endforeach()
