@@ -4,7 +4,7 @@
 include("${CMAKE_CURRENT_LIST_DIR}/cross.cmake")
 
 # The C library loads a program anywhere, except that armhf's has no start file for a static PIE.
-# Packed relocations make the start 2 % cheaper. CMake itself would link a PIE that is not static.
+# Packed relocations make the start cheaper. CMake itself would link a PIE that is not static.
 if(CMAKE_SYSTEM_PROCESSOR STREQUAL "arm")
   set(position_flags "-fno-pie")
   set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -no-pie")
