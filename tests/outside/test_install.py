@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
-"""Proves that other projects can build against the installed files, and against the sources."""
+"""Proves that the installed files are complete and that other projects can build against them."""
 import os
+import re
 import shlex
 import shutil
 
@@ -22,6 +23,9 @@ PANEL = """
 """.split()
 FOLDERS = {"schema": "share/corvane-wifi/schema", "examples": "share/doc/corvane-wifi/examples",
            "docs": "share/doc/corvane-wifi/docs"}
+VERSIONS = {"CHANGELOG.md": "## {} -", "man/corvane-wifi.1": "belongs to version {}.",
+            "packaging/debian/changelog": "corvane-wifi ({}-",
+            "panel/corvane-wifi-panel.metainfo.xml": 'release version="{}"'}
 
 
 @pytest.fixture
@@ -128,3 +132,9 @@ def test_a_project_around_the_sources_installs_only_what_it_asks_for(
     check_pkg_config(folder / "libraries/pkgconfig")
     install_development(LIBDIR="lib", PREFIX=folder / "prefix")
     check_pkg_config(folder / "prefix/lib/pkgconfig")
+
+
+def test_files_of_a_release_have_the_version_of_the_build():
+    [version] = re.findall(r"VERSION ([\d.]+) LANG", (ROOT / "CMakeLists.txt").read_text())
+    assert [name for name, words in VERSIONS.items()
+            if words.format(version) not in (ROOT / name).read_text()] == []
