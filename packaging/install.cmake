@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# In two components: program and development.
+# In components: program, documentation, development and, if it is built, panel.
 include(CMakePackageConfigHelpers)
 
 set(CORVANE_ZSH_COMPLETIONS ${CMAKE_INSTALL_DATADIR}/zsh/site-functions
@@ -12,11 +12,32 @@ install(FILES completions/corvane-wifi.bash RENAME corvane-wifi
 install(FILES completions/_corvane-wifi DESTINATION ${CORVANE_ZSH_COMPLETIONS} COMPONENT program)
 install(FILES completions/corvane-wifi.fish
         DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT program)
-install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} USE_SOURCE_PERMISSIONS
+# By name or ending: editors leave copies, and a folder would keep the permissions of the checkout.
+file(GLOB schemas CONFIGURE_DEPENDS schema/*.json)
+install(FILES ${schemas} DESTINATION ${CMAKE_INSTALL_DATADIR}/corvane-wifi/schema
         COMPONENT program)
-install(DIRECTORY schema DESTINATION ${CMAKE_INSTALL_DATADIR}/corvane-wifi COMPONENT program)
-install(FILES LICENSE README.md CHANGELOG.md docs/setup.md
-        DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program)
+install(PROGRAMS examples/status-bar examples/wifi-menu
+        DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT program)
+
+# Everything that the README refers to, and what that refers to.
+file(GLOB documents CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR}
+     *.md docs/*.md docs/*.png docs/*.svg)
+foreach(document IN LISTS documents ITEMS LICENSE examples/README.md release/README.md
+        scripts/README.md)
+  cmake_path(GET document PARENT_PATH folder)
+  install(FILES ${document} DESTINATION ${CMAKE_INSTALL_DOCDIR}/${folder} COMPONENT documentation)
+endforeach()
+
+if(CORVANE_BUILD_PANEL)
+  install(TARGETS corvane-wifi-panel COMPONENT panel)
+  install(FILES man/corvane-wifi-panel.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT panel)
+  install(FILES panel/corvane-wifi-panel.desktop
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT panel)
+  install(FILES panel/corvane-wifi-panel.svg
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT panel)
+  install(FILES panel/corvane-wifi-panel.metainfo.xml
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT panel)
+endif()
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/cvn-wifi)
 write_basic_package_version_file(cvn-wifi-config-version.cmake COMPATIBILITY SameMajorVersion)

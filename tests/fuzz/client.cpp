@@ -98,9 +98,13 @@ qint64 QElapsedTimer::elapsed() const noexcept
     return clock_ms - t1;
 }
 
+#ifndef __THROW // musl
+#define __THROW
+#endif
+
 extern "C" {
 
-int socket(int domain, int type, int) noexcept
+int socket(int domain, int type, int) __THROW
 {
     require(!stage.open && stage.file.isEmpty(), "nothing is left of the previous exchange");
     require(domain == AF_UNIX && type == SOCK_DGRAM, "sockets are local and for datagrams");
@@ -110,7 +114,7 @@ int socket(int domain, int type, int) noexcept
     return stage.open ? our_descriptor : -1;
 }
 
-int bind(int, const sockaddr* address, socklen_t length) noexcept
+int bind(int, const sockaddr* address, socklen_t length) __THROW
 {
     if (fails("bind"))
         return -1;
@@ -118,7 +122,7 @@ int bind(int, const sockaddr* address, socklen_t length) noexcept
     return 0;
 }
 
-int chmod(const char* path, mode_t mode) noexcept
+int chmod(const char* path, mode_t mode) __THROW
 {
     stage.guarded = path == stage.file && mode == 0600;
     return fails("chmod") ? -1 : 0;
@@ -178,7 +182,7 @@ int close(int descriptor)
     return 0;
 }
 
-int unlink(const char* path) noexcept
+int unlink(const char* path) __THROW
 {
     if (!QByteArray(path).startsWith("/tmp/corvane-wpa-"))
         return reinterpret_cast<int (*)(const char*)>(dlsym(RTLD_NEXT, "unlink"))(path);

@@ -41,6 +41,14 @@ def manual_page():
     return re.sub(".\b", "", subprocess.check_output(command, text=True, timeout=LIMIT))
 
 
+def broken_links(documents):
+    """What the links in these documents refer to, and is not there."""
+    links = [(document.parent / link) for document in documents
+             for link in re.findall(r"\]\(([^)#:]+)[)#]", document.read_text())]
+    assert links
+    return [str(link) for link in links if not link.exists()]
+
+
 def profile(name, key="key_mgmt=NONE"):
     return f'network={{\n\tssid="{name}"\n\t{key}\n\tdisabled=1\n}}\n'
 

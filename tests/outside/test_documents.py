@@ -5,7 +5,7 @@ import re
 
 import pytest
 
-from conftest import ROOT, manual_page, profile, require_tool
+from conftest import ROOT, broken_links, manual_page, profile, require_tool
 
 
 @pytest.fixture
@@ -43,9 +43,4 @@ def test_commands_of_the_manual_page_run(check):
 
 
 def test_links_lead_to_files():
-    documents = [*ROOT.glob("*.md"), *ROOT.glob("*/*.md")]
-    links = [(document, link) for document in documents
-             for link in re.findall(r"\]\(([^)#:]+)[)#]", document.read_text())]
-    assert links
-    assert [f"{document.relative_to(ROOT)}: {link}" for document, link in links
-            if not (document.parent / link).exists()] == []
+    assert broken_links([*ROOT.glob("*.md"), *ROOT.glob("*/*.md")]) == []

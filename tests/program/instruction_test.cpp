@@ -5,6 +5,7 @@
 // the terminal, however the compiler has reordered the code.
 
 #include "support/pick.hpp"
+#include "support/rows.hpp"
 
 #include <gtest/gtest.h>
 
@@ -39,7 +40,7 @@ void wait_for_stop(pid_t pid)
         throw std::runtime_error("the traced process has ended");
 }
 
-void resume(__ptrace_request until, pid_t pid)
+void resume(auto until, pid_t pid) // an enumeration of glibc, a number of musl
 {
     ptrace(until, pid, nullptr, nullptr);
     wait_for_stop(pid);
@@ -171,7 +172,7 @@ TEST_P(SignalAtAnyInstruction, RestoresTheTerminalAndEndsTheProgram)
 
 INSTANTIATE_TEST_SUITE_P(Each, SignalAtAnyInstruction,
                          testing::Values(SIGHUP, SIGINT, SIGQUIT, SIGTERM),
-                         [](const auto& row) { return sigabbrev_np(row.param); });
+                         [](const auto& row) { return signal_name(row.param); });
 
 #else
 

@@ -125,11 +125,20 @@ struct Resources {
     size_t socket_files;
 };
 
+size_t heap_in_use()
+{
+#ifdef __GLIBC__
+    const struct mallinfo2 heap = mallinfo2();
+    return heap.uordblks + heap.hblkhd;
+#else
+    return 0; // musl does not say
+#endif
+}
+
 Resources resources_in_use(int calls)
 {
-    const struct mallinfo2 heap = mallinfo2();
     const std::filesystem::directory_iterator descriptors("/proc/self/fd");
-    return {heap.uordblks + heap.hblkhd, std::distance(begin(descriptors), {}),
+    return {heap_in_use(), std::distance(begin(descriptors), {}),
             socket_files_of(getpid(), calls).size()};
 }
 

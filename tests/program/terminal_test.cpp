@@ -5,6 +5,7 @@
 // signal handlers.
 
 #include "support/pick.hpp"
+#include "support/rows.hpp"
 #include "support/temporary_folder.hpp"
 
 #include <gtest/gtest.h>
@@ -137,7 +138,7 @@ TEST_P(SignalAtThePassword, RestoresTheTerminalAndEndsTheProgram)
 
 INSTANTIATE_TEST_SUITE_P(Each, SignalAtThePassword,
                          testing::Values(SIGHUP, SIGINT, SIGQUIT, SIGTERM),
-                         [](const auto& row) { return sigabbrev_np(row.param); });
+                         [](const auto& row) { return signal_name(row.param); });
 
 TEST(SignalHandler, RunsNoExitHandlers)
 {

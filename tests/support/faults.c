@@ -103,7 +103,7 @@ int sigaction(int signal, const struct sigaction* action, struct sigaction* old)
     return ours && failed("sigaction") ? -1 : call(signal, action, old);
 }
 
-#ifdef FAULTS_IN_ALLOCATIONS
+#if defined FAULTS_IN_ALLOCATIONS && defined __GLIBC__
 
 #define INSTALL "_Z22qInstallMessageHandlerPFv9QtMsgTypeRK18QMessageLogContextRK7QStringE"
 

@@ -6,7 +6,10 @@
 
 #pragma once
 
+#include <csignal>
+#include <map>
 #include <ostream>
+#include <string>
 
 template <typename Row>
 requires requires(const Row& row)
@@ -20,3 +23,12 @@ std::ostream& operator<<(std::ostream& stream, const Row& row)
 
 /// The last argument of INSTANTIATE_TEST_SUITE_P.
 inline constexpr auto by_name = [](const auto& row) { return row.param.name; };
+
+/// SIGTERM is TERM. musl has no sigabbrev_np.
+inline std::string signal_name(int signal)
+{
+    const std::map<int, std::string> names{{SIGHUP, "HUP"},    {SIGINT, "INT"},   {SIGQUIT, "QUIT"},
+                                           {SIGTERM, "TERM"},  {SIGKILL, "KILL"}, {SIGTSTP, "TSTP"},
+                                           {SIGWINCH, "WINCH"}};
+    return names.at(signal);
+}
