@@ -23,6 +23,7 @@ install(PROGRAMS examples/status-bar examples/wifi-menu
 file(GLOB documents CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR}
      *.md docs/*.md docs/*.png docs/*.svg)
 foreach(document IN LISTS documents ITEMS LICENSE examples/README.md release/README.md
+        examples/without-blocking/CMakeLists.txt examples/without-blocking/main.cpp
         scripts/README.md)
   cmake_path(GET document PARENT_PATH folder)
   install(FILES ${document} DESTINATION ${CMAKE_INSTALL_DOCDIR}/${folder} COMPONENT documentation)
