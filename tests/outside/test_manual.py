@@ -22,11 +22,12 @@ def literals():
     return re.findall(r'"((?:\\.|[^"\\])*)"', code)
 
 
-def test_is_what_mandoc_accepts():
+@pytest.mark.parametrize("page", ["corvane-wifi.1", "corvane-wifi-panel.1"])
+def test_is_what_mandoc_accepts(page):
     require_tool("mandoc")
     # Which other manual pages are installed does not matter, nor does their index, which the
     # messages on standard error are about.
-    command = ["mandoc", "-T", "lint", ROOT / "man/corvane-wifi.1"]
+    command = ["mandoc", "-T", "lint", ROOT / "man" / page]
     linted = subprocess.run(command, text=True, timeout=LIMIT, capture_output=True)
     assert [line for line in linted.stdout.splitlines()
             if "referenced manual not found" not in line] == []
