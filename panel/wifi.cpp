@@ -10,6 +10,7 @@
 #include <QDateTime>
 
 #include <algorithm>
+#include <cstdlib>
 
 using namespace Qt::StringLiterals;
 using cvn::wifi::Client;
@@ -22,6 +23,7 @@ constexpr int look_every_ms = 5000;
 constexpr int look_soon_ms = 1000; ///< While a connection or its address is on its way.
 constexpr int scan_every_ms = 30000;
 constexpr int address_patience_ms = 10000;
+constexpr int last_look_ms = 15000;
 
 bool is_connected(const Status& status)
 {
@@ -56,7 +58,8 @@ Wifi::Wifi()
 Wifi::~Wifi()
 {
     thread_.quit();
-    thread_.wait();
+    if (!thread_.wait(last_look_ms)) // while a stopped service has a full queue, sending blocks
+        std::_Exit(1);
 }
 
 Networks* Wifi::networks()
