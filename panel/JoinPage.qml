@@ -21,20 +21,13 @@ Page {
     function join() {
         if (!ready)
             return
-        failure.text = ""
         if (network)
             wifi.join(network, password.text)
         else
             wifi.joinHidden(name.text, password.text)
     }
 
-    Connections {
-        target: page.wifi
-        function onFailed(why: string) {
-            failure.text = why
-            password.forceActiveFocus()
-        }
-    }
+    onIdleChanged: if (idle) password.forceActiveFocus()
     Flickable {
         anchors.fill: parent
         contentHeight: column.height + 32
@@ -91,11 +84,9 @@ Page {
                 font.pixelSize: 14
             }
             Label {
-                id: failure
-                objectName: "failure"
                 Layout.fillWidth: true
                 visible: text || page.wifi.activity
-                text: ""
+                text: page.wifi.notice
                 textFormat: Text.PlainText
                 wrapMode: Text.Wrap
                 Accessible.role: Accessible.AlertMessage

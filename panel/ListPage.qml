@@ -13,17 +13,10 @@ Page {
     function open(network: var) {
         if (!idle || StackView.view.depth > 1)
             return
-        wifi.notice = ""
         if (network.saved && !network.bssid)
             wifi.notice = qsTr("%1 is out of range.").arg(network.name)
-        else if (network.saved)
-            wifi.reconnect(network)
-        else if (network.kind === "open")
-            wifi.join(network, "")
-        else if (network.kind === "password")
-            StackView.view.show("JoinPage.qml", {network: network})
         else
-            details(network)
+            StackView.view.join(network)
     }
     function details(network: var) {
         if (idle && StackView.view.depth === 1)

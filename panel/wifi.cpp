@@ -41,11 +41,6 @@ bool is_same(const Status& left, const Status& right)
     return left.state == right.state && left.saved_id == right.saved_id && left.ssid == right.ssid;
 }
 
-bool is_time_out(const QString& error)
-{
-    return error.startsWith("Timed out connecting"_L1);
-}
-
 } // namespace
 
 Wifi::Wifi()
@@ -131,24 +126,18 @@ void Wifi::set_watched(bool watched)
 
 void Wifi::scan()
 {
-    run(tr("Looking for networks"), [](const Client& client) { client.networks(true); }, {});
+    run(tr("Looking for networks"), [](const Client& client) { client.networks(true); });
 }
 
 void Wifi::join(const QVariantMap& network, const QString& password)
 {
     const QString name = network[u"name"_s].toString();
-    const NewProfile profile{.ssid = bytes_of(network[u"ssid"_s].toString()),
-                             .password = password,
-                             .hidden = false,
-                             .replaced = network[u"id"_s].toInt()};
+    const NewProfile profile{
+        .ssid = bytes_of(network[u"ssid"_s].toString()), .password = password, .hidden = false};
     connect_to(
         name, [=](const Client& client) { ::join(client, profile); },
-        [=, this](const QString& error) {
-            const QString words = password.isEmpty()
-                ? tr("Could not connect to %1.").arg(isolated(name))
-                : tr("Could not connect. Check the password.");
-            emit failed(is_time_out(error) ? words : explained(error));
-        });
+        password.isEmpty() ? tr("Could not connect to %1.").arg(isolated(name))
+                           : tr("Could not connect. Check the password."));
 }
 
 void Wifi::joinHidden(const QString& name, const QString& password)
@@ -156,10 +145,7 @@ void Wifi::joinHidden(const QString& name, const QString& password)
     const NewProfile profile{.ssid = name.toUtf8(), .password = password, .hidden = true};
     connect_to(
         name, [=](const Client& client) { ::join(client, profile); },
-        [=, this](const QString& error) {
-            const QString words = tr("Could not connect. Check the name and the password.");
-            emit failed(is_time_out(error) ? words : explained(error));
-        });
+        tr("Could not connect. Check the name and the password."));
 }
 
 void Wifi::reconnect(const QVariantMap& network)
@@ -169,24 +155,21 @@ void Wifi::reconnect(const QVariantMap& network)
     const int id = network[u"id"_s].toInt();
     connect_to(
         name, [=](const Client& client) { rejoin(client, id, ssid); },
-        [=, this](const QString& error) {
-            const QString words = tr("Could not connect to %1. It may be out of range, or "
-                                     "its password has changed.")
-                                      .arg(isolated(name));
-            emit failedSaved(is_time_out(error) ? words : explained(error), network);
-        });
+        tr("Could not connect to %1. It may be out of range, or its password has changed.")
+            .arg(isolated(name)),
+        [=, this](const QString& why) { emit failedSaved(why, network); });
 }
 
 void Wifi::forget(const QVariantMap& network)
 {
     const QString ssid = network[u"ssid"_s].toString();
     run(tr("Forgetting %1").arg(isolated(network[u"name"_s].toString())),
-        [=](const Client& client) { ::forget(client, ssid); }, {});
+        [=](const Client& client) { ::forget(client, ssid); });
 }
 
 void Wifi::leave()
 {
-    run(tr("Disconnecting"), [](const Client& client) { client.disconnect(); }, {});
+    run(tr("Disconnecting"), [](const Client& client) { client.disconnect(); });
 }
 
 int Wifi::size(const QString& text) const
@@ -244,7 +227,7 @@ void Wifi::refresh()
         QMetaObject::invokeMethod(this, [=, this] {
             looking_ = false;
             take(view);
-            if (first && reachable())
+            if (first && reachable() && watched_)
                 refresh();
         });
     });
@@ -269,16 +252,21 @@ void Wifi::run(const QString& activity, const Action& action, const Finish& then
     });
 }
 
-void Wifi::connect_to(const QString& name, const Action& action, const Finish& fail)
+/// `late` says what a time-out may mean.
+void Wifi::connect_to(const QString& name, const Action& action, const QString& late,
+                      const Finish& fail)
 {
     if (!activity_.isEmpty())
         return;
     connecting_ = true;
     run(tr("Connecting to %1").arg(isolated(name)), action, [=, this](const QString& error) {
+        const QString why = error.startsWith("Timed out connecting"_L1) ? late : explained(error);
         if (error.isEmpty())
             emit joined();
+        else if (fail)
+            fail(why);
         else
-            fail(error);
+            set_notice(why);
     });
 }
 

@@ -55,7 +55,6 @@ public:
 signals:
     void changed();
     void joined();
-    void failed(const QString& why); ///< A new network did not come up.
     void failedSaved(const QString& why, const QVariantMap& network);
 
 private:
@@ -72,8 +71,9 @@ private:
 
     static View look(const cvn::wifi::Client& client, const cvn::wifi::Status& last, bool scan);
     void refresh();
-    void run(const QString& activity, const Action& action, const Finish& finish);
-    void connect_to(const QString& name, const Action& action, const Finish& fail);
+    void run(const QString& activity, const Action& action, const Finish& then = {});
+    void connect_to(const QString& name, const Action& action, const QString& late,
+                    const Finish& fail = {});
     void finish(const QString& error, const Finish& then, const View& view);
     void take(const View& view);
 

@@ -397,8 +397,8 @@ TEST_F(Window, LooksAsInTheDocuments)
 {
     const QString folder = qEnvironmentVariable("CORVANE_PICTURES");
     panel.wait_for(u"Antique"_s);
-    for (const auto& [name, size] : {std::pair(u"phone"_s, QSize(400, 720)),
-                                     std::pair(u"tablet"_s, QSize(1024, 600))}) {
+    for (const auto& [name, size] :
+         {std::pair(u"phone"_s, QSize(400, 720)), std::pair(u"tablet"_s, QSize(1024, 600))}) {
         panel.window().resize(size);
         QTest::qWait(200); // the layout follows
         const QImage picture = panel.window().grabWindow();
@@ -484,6 +484,7 @@ TEST(List, TakesADoubleTapForOne)
     panel.wait_until_(u"it joins"_s, [&] { return supplicant.wait_for_request("ADD_NETWORK"); });
     panel.wait_until_idle();
     EXPECT_EQ(std::ranges::count(supplicant.requests(), "ADD_NETWORK"), 1);
+    panel.wait_for(u"Could not connect to \u2068Cafe\u2069."_s);
 }
 
 TEST(List, IsLeftAloneByARefusedScan)
@@ -596,6 +597,7 @@ TEST(Names, AreShownAsPeopleWriteThem)
              {R"(a\tb)", uR"(a\tb)"_s},                     // a control character
              {R"(a\xe2\x80\xaeb)", uR"(a\xe2\x80\xaeb)"_s}, // turns the direction
              {R"(a\xc2\xa0b)", uR"(a\xc2\xa0b)"_s},         // a blank that looks like a space
+             {R"(a\xe3\x85\xa4)", uR"(a\xe3\x85\xa4)"_s},   // a letter that is blank
              {R"(\xe2\x90\xa3)", uR"(\xe2\x90\xa3)"_s},     // what stands for a space
          })
         EXPECT_EQ(readable(QString::fromUtf8(printed)), shown);
