@@ -517,6 +517,20 @@ TEST(Requests, SaveOnceAndRemoveWhatDoesNotWork)
                             "REMOVE_NETWORK 3", "ENABLE_NETWORK all"));
 }
 
+TEST(Requests, BringBackTheOldProfileIfTheNewOneCannotBeSaved)
+{
+    FakeSupplicant supplicant({{"SAVE_CONFIG", {reply("FAIL")}},
+                               {"LIST_NETWORKS", {reply("network id / ssid\n5\tHome2\tany\t\n")}}});
+    Panel panel(supplicant.path());
+    panel.tap(u"Hidden network"_s);
+    panel.type(u"Home2"_s);
+    panel.keys({Qt::Key_Return});
+    panel.type(u"new-password"_s);
+    panel.keys({Qt::Key_Return});
+    panel.wait_for(u"Could not save Wi-Fi network: FAIL"_s);
+    EXPECT_THAT(supplicant.requests(), testing::IsSupersetOf({"REMOVE_NETWORK 5", "RECONFIGURE"}));
+}
+
 TEST(Requests, StopWhileTheWindowIsHidden)
 {
     FakeSupplicant supplicant(around(access_point(1, "Cafe")));
