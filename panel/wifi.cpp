@@ -285,6 +285,8 @@ void Wifi::finish(const QString& error, const Finish& then, const View& view)
 
 void Wifi::take(const View& view)
 {
+    if (view.problem.isEmpty() && notice_ == problem_)
+        notice_.clear();
     problem_ = view.problem;
     if (!reachable())
         scanned_at_ = 0;

@@ -585,11 +585,15 @@ TEST_P(Situations, AreNamedInWords)
 
 TEST(Situations, TellWhatHelpsWithoutAServiceAndEndWhenItStarts)
 {
-    auto supplicant = std::make_unique<FakeSupplicant>();
-    const std::string path = supplicant->path();
-    supplicant.reset();
+    const TemporaryFolder folder;
+    const std::string path = folder.path() + "/wlan0";
     Panel panel(path);
-    panel.wait_for(u"The Wi-Fi service is not running."_s);
+    panel.tap(u"Scan"_s);
+    panel.wait_for(u"Wi-Fi, The Wi-Fi service is not running."_s);
+    FakeSupplicant supplicant(around(""));
+    ASSERT_EQ(symlink(supplicant.path().c_str(), path.c_str()), 0);
+    panel.wait_for(u"Wi-Fi, Not connected"_s);
+    EXPECT_FALSE(panel.shows(u"The Wi-Fi service is not running."_s));
     EXPECT_EQ(explained(u"Could not connect to wpa_supplicant: Permission denied"_s),
               u"You may not control Wi-Fi. Your user must be in the group netdev."_s);
 }
