@@ -19,14 +19,16 @@ Page {
     }
 
     function join() {
-        if (!ready)
-            return
-        if (network)
-            wifi.join(network, password.text)
-        else
-            wifi.joinHidden(name.text, password.text)
+        if (ready)
+            wifi.join(network || {name: name.text}, password.text)
     }
 
+    component Field: TextField {
+        Layout.fillWidth: true
+        Layout.minimumHeight: 52
+        selectByMouse: true
+        Accessible.name: placeholderText
+    }
     onIdleChanged: if (idle) password.forceActiveFocus()
     Flickable {
         anchors.fill: parent

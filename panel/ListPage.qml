@@ -31,6 +31,47 @@ Page {
                 WEP: "WEP", other: qsTr("other security")}[network.kind] || ""
     }
 
+    component Bars: Row {
+        id: signal
+        required property int bars
+        required property color color
+        height: 24
+        spacing: 2
+        Repeater {
+            model: 4
+            Rectangle {
+                required property int index
+                anchors.bottom: parent.bottom
+                width: 5
+                height: 6 * (index + 1)
+                radius: 1
+                color: signal.color
+                opacity: index < signal.bars ? 1 : 0.2
+            }
+        }
+    }
+    component Padlock: Item {
+        id: padlock
+        required property color color
+        implicitWidth: 16
+        implicitHeight: 20
+        Rectangle {
+            x: 3
+            width: 10
+            height: 16
+            radius: 5
+            color: "transparent"
+            border { width: 2; color: padlock.color }
+        }
+        Rectangle {
+            y: 9
+            width: 16
+            height: 11
+            radius: 2
+            color: padlock.color
+        }
+    }
+
     header: ColumnLayout {
         spacing: 0
         ItemDelegate {

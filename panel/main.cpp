@@ -5,7 +5,6 @@
 
 #include <QDeadlineTimer>
 #include <QGuiApplication>
-#include <QLibraryInfo>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QLockFile>

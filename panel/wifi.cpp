@@ -57,11 +57,6 @@ Wifi::~Wifi()
         std::_Exit(1);
 }
 
-Networks* Wifi::networks()
-{
-    return &networks_;
-}
-
 QString Wifi::situation() const
 {
     if (!problem_.isEmpty())
@@ -77,16 +72,6 @@ QString Wifi::situation() const
     if (is_on_its_way(status_))
         return tr("Connecting to %1").arg(isolated(readable(status_.ssid)));
     return status_.state.isEmpty() ? QString() : tr("Not connected");
-}
-
-QString Wifi::address() const
-{
-    return status_.address;
-}
-
-bool Wifi::reachable() const
-{
-    return problem_.isEmpty();
 }
 
 void Wifi::set_notice(const QString& notice)
@@ -132,20 +117,16 @@ void Wifi::scan()
 void Wifi::join(const QVariantMap& network, const QString& password)
 {
     const QString name = network[u"name"_s].toString();
-    const NewProfile profile{
-        .ssid = bytes_of(network[u"ssid"_s].toString()), .password = password, .hidden = false};
+    const bool hidden = !network.contains(u"ssid"_s);
+    const NewProfile profile{.ssid = hidden ? name.toUtf8()
+                                            : bytes_of(network[u"ssid"_s].toString()),
+                             .password = password,
+                             .hidden = hidden};
     connect_to(
         name, [=](const Client& client) { ::join(client, profile); },
-        password.isEmpty() ? tr("Could not connect to %1.").arg(isolated(name))
-                           : tr("Could not connect. Check the password."));
-}
-
-void Wifi::joinHidden(const QString& name, const QString& password)
-{
-    const NewProfile profile{.ssid = name.toUtf8(), .password = password, .hidden = true};
-    connect_to(
-        name, [=](const Client& client) { ::join(client, profile); },
-        tr("Could not connect. Check the name and the password."));
+        hidden                   ? tr("Could not connect. Check the name and the password.")
+            : password.isEmpty() ? tr("Could not connect to %1.").arg(isolated(name))
+                                 : tr("Could not connect. Check the password."));
 }
 
 void Wifi::reconnect(const QVariantMap& network)
@@ -172,21 +153,11 @@ void Wifi::leave()
     run(tr("Disconnecting"), [](const Client& client) { client.disconnect(); });
 }
 
-int Wifi::size(const QString& text) const
-{
-    return static_cast<int>(text.toUtf8().size());
-}
-
 void Wifi::end()
 {
     ending_ = true;
     if (activity_.isEmpty())
         QCoreApplication::quit();
-}
-
-void Wifi::stay()
-{
-    ending_ = false;
 }
 
 Wifi::View Wifi::look(const Client& client, const Status& last, bool scan)
