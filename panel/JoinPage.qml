@@ -19,22 +19,17 @@ Page {
     }
 
     function join() {
-        if (!ready)
-            return
-        failure.text = ""
-        if (network)
-            wifi.join(network, password.text)
-        else
-            wifi.joinHidden(name.text, password.text)
+        if (ready)
+            wifi.join(network || {name: name.text}, password.text)
     }
 
-    Connections {
-        target: page.wifi
-        function onFailed(why: string) {
-            failure.text = why
-            password.forceActiveFocus()
-        }
+    component Field: TextField {
+        Layout.fillWidth: true
+        Layout.minimumHeight: 52
+        selectByMouse: true
+        Accessible.name: placeholderText
     }
+    onIdleChanged: if (idle) password.forceActiveFocus()
     Flickable {
         anchors.fill: parent
         contentHeight: column.height + 32
@@ -91,11 +86,9 @@ Page {
                 font.pixelSize: 14
             }
             Label {
-                id: failure
-                objectName: "failure"
                 Layout.fillWidth: true
                 visible: text || page.wifi.activity
-                text: ""
+                text: page.wifi.notice
                 textFormat: Text.PlainText
                 wrapMode: Text.Wrap
                 Accessible.role: Accessible.AlertMessage

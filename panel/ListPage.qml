@@ -13,17 +13,10 @@ Page {
     function open(network: var) {
         if (!idle || StackView.view.depth > 1)
             return
-        wifi.notice = ""
         if (network.saved && !network.bssid)
             wifi.notice = qsTr("%1 is out of range.").arg(network.name)
-        else if (network.saved)
-            wifi.reconnect(network)
-        else if (network.kind === "open")
-            wifi.join(network, "")
-        else if (network.kind === "password")
-            StackView.view.show("JoinPage.qml", {network: network})
         else
-            details(network)
+            StackView.view.join(network)
     }
     function details(network: var) {
         if (idle && StackView.view.depth === 1)
@@ -36,6 +29,47 @@ Page {
     function securityWords(network: var): string {
         return {open: qsTr("open"), password: qsTr("with password"), enterprise: qsTr("enterprise"),
                 WEP: "WEP", other: qsTr("other security")}[network.kind] || ""
+    }
+
+    component Bars: Row {
+        id: signal
+        required property int bars
+        required property color color
+        height: 24
+        spacing: 2
+        Repeater {
+            model: 4
+            Rectangle {
+                required property int index
+                anchors.bottom: parent.bottom
+                width: 5
+                height: 6 * (index + 1)
+                radius: 1
+                color: signal.color
+                opacity: index < signal.bars ? 1 : 0.2
+            }
+        }
+    }
+    component Padlock: Item {
+        id: padlock
+        required property color color
+        implicitWidth: 16
+        implicitHeight: 20
+        Rectangle {
+            x: 3
+            width: 10
+            height: 16
+            radius: 5
+            color: "transparent"
+            border { width: 2; color: padlock.color }
+        }
+        Rectangle {
+            y: 9
+            width: 16
+            height: 11
+            radius: 2
+            color: padlock.color
+        }
     }
 
     header: ColumnLayout {

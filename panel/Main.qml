@@ -30,7 +30,17 @@ ApplicationWindow {
 
     StackView {
         id: pages
+        function join(network: var) {
+            if (network.saved)
+                window.wifi.reconnect(network)
+            else if (network.kind === "open")
+                window.wifi.join(network, "")
+            else
+                show(network.kind === "password" ? "JoinPage.qml" : "NetworkPage.qml",
+                     {network: network})
+        }
         function show(page: string, properties: var) {
+            window.wifi.notice = ""
             push(Qt.resolvedUrl(page), Object.assign({wifi: window.wifi}, properties),
                  StackView.Immediate)
             currentItem.forceActiveFocus()
@@ -38,6 +48,7 @@ ApplicationWindow {
         function back() {
             if (depth > 1 && !window.wifi.activity)
                 pop(StackView.Immediate)
+            window.wifi.notice = ""
             currentItem.forceActiveFocus()
         }
         anchors { top: parent.top; bottom: parent.bottom; bottomMargin: keyboard.shown }

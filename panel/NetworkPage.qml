@@ -24,17 +24,6 @@ Page {
         [qsTr("Address"), used ? wifi.address : ""]
     ].filter(fact => fact[1])
 
-    function connectOrAsk() {
-        const view = StackView.view // there is none any more after this
-        view.back()
-        if (network.saved)
-            wifi.reconnect(network)
-        else if (network.kind === "open")
-            wifi.join(network, "")
-        else
-            view.show("JoinPage.qml", {network: network})
-    }
-
     Flickable {
         anchors.fill: parent
         contentHeight: column.height + 32
@@ -78,10 +67,12 @@ Page {
                 focus: visible
                 text: page.used ? qsTr("Disconnect") : qsTr("Connect")
                 onClicked: {
-                    if (!page.used)
-                        return page.connectOrAsk()
-                    page.StackView.view.back()
-                    page.wifi.leave()
+                    const view = page.StackView.view // there is none any more after this
+                    view.back()
+                    if (page.used)
+                        page.wifi.leave()
+                    else
+                        view.join(page.network)
                 }
             }
             PanelButton {

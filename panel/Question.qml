@@ -16,7 +16,6 @@ Dialog {
     modal: true
     focus: true
     onOpened: buttons.itemAt(0).forceActiveFocus()
-    onClosed: buttons.itemAt(0).focus = true
 
     ColumnLayout {
         anchors { left: parent.left; right: parent.right }
@@ -34,7 +33,6 @@ Dialog {
                 required property int index
                 required property string modelData
                 text: modelData
-                focus: index === 0
                 onClicked: {
                     question.close()
                     question.chosen(index)

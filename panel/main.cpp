@@ -3,9 +3,8 @@
 
 #include "wifi.hpp"
 
-#include <QDir>
+#include <QDeadlineTimer>
 #include <QGuiApplication>
-#include <QLibraryInfo>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QLockFile>
@@ -27,6 +26,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int first_start_ms = 3000;
+constexpr int first_end_ms = 20000;
 
 /// The ending signals arrive at a descriptor, also those that come while a request is under way.
 int block_signals()
@@ -42,14 +42,13 @@ int block_signals()
 /// With Wayland a window may come to the front only with this token, which the launcher made.
 constexpr const char* token_name = "XDG_ACTIVATION_TOKEN";
 
+/// False if there is none, and if it is about to end.
 bool show_first_instance(const QString& address)
 {
     QLocalSocket socket;
     socket.connectToServer(address);
-    if (!socket.waitForConnected(first_start_ms))
-        return false;
-    socket.write(qgetenv(token_name) + '\n');
-    return socket.waitForBytesWritten(first_start_ms);
+    return socket.waitForConnected(first_start_ms) && socket.write(qgetenv(token_name) + '\n') > 0
+        && socket.waitForReadyRead(first_start_ms);
 }
 
 void come_to_front(QQuickWindow& window, const QByteArray& token)
@@ -74,8 +73,10 @@ int main(int argc, char** argv)
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     const QString address = folder + u"/corvane-wifi-panel"_s;
     QLockFile lock(address + u".lock"_s);
-    if (!lock.tryLock())
-        return show_first_instance(address) ? 0 : 1;
+    const QDeadlineTimer first_ends(first_end_ms);
+    while (!lock.tryLock(100) && lock.error() == QLockFile::LockFailedError)
+        if (show_first_instance(address) || first_ends.hasExpired())
+            return first_ends.hasExpired();
     QLocalServer::removeServer(address);
     QLocalServer server;
     server.setSocketOptions(QLocalServer::UserAccessOption);
@@ -105,6 +106,8 @@ int main(int argc, char** argv)
         QObject::connect(second, &QLocalSocket::readyRead, &app, [&, second] {
             wifi.stay();
             come_to_front(window, second->readLine().trimmed());
+            second->write("\n");
+            second->flush();
             second->deleteLater();
         });
     });

@@ -3,6 +3,8 @@
 
 #include "requests.hpp"
 
+#include "words.hpp"
+
 #include <QElapsedTimer>
 #include <QThread>
 
@@ -10,6 +12,7 @@
 
 using namespace Qt::StringLiterals;
 using cvn::wifi::Client;
+using cvn::wifi::Network;
 using cvn::wifi::Status;
 
 namespace {
@@ -66,6 +69,15 @@ void fill(const Client& client, const QByteArray& id, const NewProfile& profile)
     confirm(client, set + " psk \"" + profile.password.toUtf8() + '"', "set WPA password");
 }
 
+/// Id of the profile that has this name. An earlier one may be another's after a restart.
+int saved_as(const Client& client, const QByteArray& ssid)
+{
+    for (const Network& network : client.networks(false))
+        if (bytes_of(network.ssid) == ssid)
+            return network.saved_id;
+    return -1;
+}
+
 void then_enable_all(const Client& client, const std::function<void()>& action)
 {
     try {
@@ -81,7 +93,9 @@ void then_enable_all(const Client& client, const std::function<void()>& action)
 
 void join(const Client& client, const NewProfile& profile)
 {
+    const int replaced = saved_as(client, profile.ssid);
     const QByteArray id = client.command("ADD_NETWORK", reply_timeout_ms);
+    QByteArray undo = "REMOVE_NETWORK " + id;
     bool ok = false;
     const int number = id.toInt(&ok);
     if (!ok)
@@ -90,13 +104,15 @@ void join(const Client& client, const NewProfile& profile)
         fill(client, id, profile);
         confirm(client, "SELECT_NETWORK " + id, "select Wi-Fi network");
         wait_connected(client, number);
-        if (profile.replaced >= 0)
-            confirm(client, "REMOVE_NETWORK " + QByteArray::number(profile.replaced),
+        if (replaced >= 0) {
+            confirm(client, "REMOVE_NETWORK " + QByteArray::number(replaced),
                     "remove Wi-Fi network");
+            undo = "RECONFIGURE"; // which brings back the file's
+        }
         confirm(client, "ENABLE_NETWORK all", "enable Wi-Fi network"); // or the file disables them
         confirm(client, "SAVE_CONFIG", "save Wi-Fi network");
     } catch (...) {
-        try_command(client, "REMOVE_NETWORK " + id);
+        try_command(client, undo);
         try_command(client, "ENABLE_NETWORK all");
         throw;
     }

@@ -12,13 +12,13 @@
 #include <cvn/wifi.hpp>
 
 struct NewProfile {
-    QByteArray ssid;   ///< The bytes of the name.
-    QString password;  ///< Empty for an open network.
-    bool hidden;       ///< Whether it has to be asked for by name (scan_ssid).
-    int replaced = -1; ///< Id of a profile that this one takes the place of.
+    QByteArray ssid;  ///< The bytes of the name.
+    QString password; ///< Empty for an open network.
+    bool hidden;      ///< Whether it has to be asked for by name (scan_ssid).
 };
 
-/// Adds the profile, connects, and saves it once (SAVE_CONFIG). If any of it fails, removes it.
+/// Adds the profile, connects, and saves it once (SAVE_CONFIG) in the place of one of this name. If
+/// any of it fails, removes it.
 void join(const cvn::wifi::Client& client, const NewProfile& profile);
 
 /// Connects to a saved network. Saves nothing.

@@ -10,6 +10,7 @@
 #include <QDateTime>
 
 #include <algorithm>
+#include <cstdlib>
 
 using namespace Qt::StringLiterals;
 using cvn::wifi::Client;
@@ -22,6 +23,7 @@ constexpr int look_every_ms = 5000;
 constexpr int look_soon_ms = 1000; ///< While a connection or its address is on its way.
 constexpr int scan_every_ms = 30000;
 constexpr int address_patience_ms = 10000;
+constexpr int last_look_ms = 15000;
 
 bool is_connected(const Status& status)
 {
@@ -39,11 +41,6 @@ bool is_same(const Status& left, const Status& right)
     return left.state == right.state && left.saved_id == right.saved_id && left.ssid == right.ssid;
 }
 
-bool is_time_out(const QString& error)
-{
-    return error.startsWith("Timed out connecting"_L1);
-}
-
 } // namespace
 
 Wifi::Wifi()
@@ -56,12 +53,8 @@ Wifi::Wifi()
 Wifi::~Wifi()
 {
     thread_.quit();
-    thread_.wait();
-}
-
-Networks* Wifi::networks()
-{
-    return &networks_;
+    if (!thread_.wait(last_look_ms)) // while a stopped service has a full queue, sending blocks
+        std::_Exit(1);
 }
 
 QString Wifi::situation() const
@@ -79,16 +72,6 @@ QString Wifi::situation() const
     if (is_on_its_way(status_))
         return tr("Connecting to %1").arg(isolated(readable(status_.ssid)));
     return status_.state.isEmpty() ? QString() : tr("Not connected");
-}
-
-QString Wifi::address() const
-{
-    return status_.address;
-}
-
-bool Wifi::reachable() const
-{
-    return problem_.isEmpty();
 }
 
 void Wifi::set_notice(const QString& notice)
@@ -128,35 +111,22 @@ void Wifi::set_watched(bool watched)
 
 void Wifi::scan()
 {
-    run(tr("Looking for networks"), [](const Client& client) { client.networks(true); }, {});
+    run(tr("Looking for networks"), [](const Client& client) { client.networks(true); });
 }
 
 void Wifi::join(const QVariantMap& network, const QString& password)
 {
     const QString name = network[u"name"_s].toString();
-    const NewProfile profile{.ssid = bytes_of(network[u"ssid"_s].toString()),
+    const bool hidden = !network.contains(u"ssid"_s);
+    const NewProfile profile{.ssid = hidden ? name.toUtf8()
+                                            : bytes_of(network[u"ssid"_s].toString()),
                              .password = password,
-                             .hidden = false,
-                             .replaced = network[u"id"_s].toInt()};
+                             .hidden = hidden};
     connect_to(
         name, [=](const Client& client) { ::join(client, profile); },
-        [=, this](const QString& error) {
-            const QString words = password.isEmpty()
-                ? tr("Could not connect to %1.").arg(isolated(name))
-                : tr("Could not connect. Check the password.");
-            emit failed(is_time_out(error) ? words : explained(error));
-        });
-}
-
-void Wifi::joinHidden(const QString& name, const QString& password)
-{
-    const NewProfile profile{.ssid = name.toUtf8(), .password = password, .hidden = true};
-    connect_to(
-        name, [=](const Client& client) { ::join(client, profile); },
-        [=, this](const QString& error) {
-            const QString words = tr("Could not connect. Check the name and the password.");
-            emit failed(is_time_out(error) ? words : explained(error));
-        });
+        hidden                   ? tr("Could not connect. Check the name and the password.")
+            : password.isEmpty() ? tr("Could not connect to %1.").arg(isolated(name))
+                                 : tr("Could not connect. Check the password."));
 }
 
 void Wifi::reconnect(const QVariantMap& network)
@@ -166,29 +136,21 @@ void Wifi::reconnect(const QVariantMap& network)
     const int id = network[u"id"_s].toInt();
     connect_to(
         name, [=](const Client& client) { rejoin(client, id, ssid); },
-        [=, this](const QString& error) {
-            const QString words = tr("Could not connect to %1. It may be out of range, or "
-                                     "its password has changed.")
-                                      .arg(isolated(name));
-            emit failedSaved(is_time_out(error) ? words : explained(error), network);
-        });
+        tr("Could not connect to %1. It may be out of range, or its password has changed.")
+            .arg(isolated(name)),
+        [=, this](const QString& why) { emit failedSaved(why, network); });
 }
 
 void Wifi::forget(const QVariantMap& network)
 {
     const QString ssid = network[u"ssid"_s].toString();
     run(tr("Forgetting %1").arg(isolated(network[u"name"_s].toString())),
-        [=](const Client& client) { ::forget(client, ssid); }, {});
+        [=](const Client& client) { ::forget(client, ssid); });
 }
 
 void Wifi::leave()
 {
-    run(tr("Disconnecting"), [](const Client& client) { client.disconnect(); }, {});
-}
-
-int Wifi::size(const QString& text) const
-{
-    return static_cast<int>(text.toUtf8().size());
+    run(tr("Disconnecting"), [](const Client& client) { client.disconnect(); });
 }
 
 void Wifi::end()
@@ -196,11 +158,6 @@ void Wifi::end()
     ending_ = true;
     if (activity_.isEmpty())
         QCoreApplication::quit();
-}
-
-void Wifi::stay()
-{
-    ending_ = false;
 }
 
 Wifi::View Wifi::look(const Client& client, const Status& last, bool scan)
@@ -241,7 +198,7 @@ void Wifi::refresh()
         QMetaObject::invokeMethod(this, [=, this] {
             looking_ = false;
             take(view);
-            if (first && reachable())
+            if (first && reachable() && watched_)
                 refresh();
         });
     });
@@ -266,16 +223,21 @@ void Wifi::run(const QString& activity, const Action& action, const Finish& then
     });
 }
 
-void Wifi::connect_to(const QString& name, const Action& action, const Finish& fail)
+/// `late` says what a time-out may mean.
+void Wifi::connect_to(const QString& name, const Action& action, const QString& late,
+                      const Finish& fail)
 {
     if (!activity_.isEmpty())
         return;
     connecting_ = true;
     run(tr("Connecting to %1").arg(isolated(name)), action, [=, this](const QString& error) {
+        const QString why = error.startsWith("Timed out connecting"_L1) ? late : explained(error);
         if (error.isEmpty())
             emit joined();
+        else if (fail)
+            fail(why);
         else
-            fail(error);
+            set_notice(why);
     });
 }
 
@@ -294,6 +256,8 @@ void Wifi::finish(const QString& error, const Finish& then, const View& view)
 
 void Wifi::take(const View& view)
 {
+    if (view.problem.isEmpty() && notice_ == problem_)
+        notice_.clear();
     problem_ = view.problem;
     if (!reachable())
         scanned_at_ = 0;

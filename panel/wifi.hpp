@@ -32,30 +32,44 @@ public:
     Wifi();
     ~Wifi() override; ///< Waits for the request that is under way.
 
-    Networks* networks();
+    Networks* networks()
+    {
+        return &networks_;
+    }
     QString situation() const;
-    QString address() const;
-    bool reachable() const;
+    QString address() const
+    {
+        return status_.address;
+    }
+    bool reachable() const
+    {
+        return problem_.isEmpty();
+    }
     void set_notice(const QString& notice);
     /// Looks at once when `window` is seen, and then every few seconds until it is not. The rows
     /// keep still while it is touched.
     void watch(QWindow& window);
 
     Q_INVOKABLE void scan();
+    /// A network of which only the name is known is hidden.
     Q_INVOKABLE void join(const QVariantMap& network, const QString& password);
-    Q_INVOKABLE void joinHidden(const QString& name, const QString& password);
     Q_INVOKABLE void reconnect(const QVariantMap& network);
     Q_INVOKABLE void forget(const QVariantMap& network);
     Q_INVOKABLE void leave();
-    Q_INVOKABLE int size(const QString& text) const; ///< In UTF-8 bytes.
+    Q_INVOKABLE qsizetype size(const QString& text) const ///< In UTF-8 bytes.
+    {
+        return text.toUtf8().size();
+    }
     /// Ends the program, but not before the activity has ended.
     Q_INVOKABLE void end();
-    void stay(); ///< Takes end() back.
+    void stay() ///< Takes end() back.
+    {
+        ending_ = false;
+    }
 
 signals:
     void changed();
     void joined();
-    void failed(const QString& why); ///< A new network did not come up.
     void failedSaved(const QString& why, const QVariantMap& network);
 
 private:
@@ -72,8 +86,9 @@ private:
 
     static View look(const cvn::wifi::Client& client, const cvn::wifi::Status& last, bool scan);
     void refresh();
-    void run(const QString& activity, const Action& action, const Finish& finish);
-    void connect_to(const QString& name, const Action& action, const Finish& fail);
+    void run(const QString& activity, const Action& action, const Finish& then = {});
+    void connect_to(const QString& name, const Action& action, const QString& late,
+                    const Finish& fail = {});
     void finish(const QString& error, const Finish& then, const View& view);
     void take(const View& view);
 

@@ -48,9 +48,10 @@ QString in_users_language(const char* text)
 bool is_plain(const QString& text)
 {
     for (const char32_t c : text.toUcs4())
-        if (!QChar::isPrint(c) || (QChar::isSpace(c) && c != U' ') || c == U'\u2423')
+        if (!QChar::isPrint(c) || (QChar::isSpace(c) && c != U' '))
             return false;
-    return !text.contains(QChar::ReplacementCharacter);
+    // Letters and symbols that are blank, what stands for a space, and for what is not UTF-8.
+    return text.indexOf(QRegularExpression(u"[\u115f\u1160\u2800\u3164\uffa0\u2423\ufffd]"_s)) < 0;
 }
 
 } // namespace

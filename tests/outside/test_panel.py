@@ -96,6 +96,17 @@ def test_second_start_after_a_crash_is_a_first(simulate, panel, run):
     assert len(windows(run)) == 1
 
 
+def test_second_start_while_the_first_ends_is_a_first(simulate, panel, run):
+    simulator = simulate("Cafe")
+    process = panel()
+    simulator.send_signal(signal.SIGSTOP)
+    time.sleep(6)  # it waits for a reply that does not come
+    process.terminate()
+    wait_until("the window is gone", lambda: not windows(run))
+    assert panel().poll() is None
+    assert len(windows(run)) == 1
+
+
 def test_idle_window_asks_for_little(simulate, panel, folder):
     """In 12 s at most three looks (STATUS), and no scan: these come every 5 s and every 30 s."""
     require_tool("strace")

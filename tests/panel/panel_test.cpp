@@ -484,6 +484,7 @@ TEST(List, TakesADoubleTapForOne)
     panel.wait_until_(u"it joins"_s, [&] { return supplicant.wait_for_request("ADD_NETWORK"); });
     panel.wait_until_idle();
     EXPECT_EQ(std::ranges::count(supplicant.requests(), "ADD_NETWORK"), 1);
+    panel.wait_for(u"Could not connect to \u2068Cafe\u2069."_s);
 }
 
 TEST(List, IsLeftAloneByARefusedScan)
@@ -514,6 +515,20 @@ TEST(Requests, SaveOnceAndRemoveWhatDoesNotWork)
                             "SET_NETWORK 3 key_mgmt WPA-PSK SAE", "SET_NETWORK 3 ieee80211w 1",
                             R"(SET_NETWORK 3 psk "pass "word" \o/")", "SELECT_NETWORK 3",
                             "REMOVE_NETWORK 3", "ENABLE_NETWORK all"));
+}
+
+TEST(Requests, BringBackTheOldProfileIfTheNewOneCannotBeSaved)
+{
+    FakeSupplicant supplicant({{"SAVE_CONFIG", {reply("FAIL")}},
+                               {"LIST_NETWORKS", {reply("network id / ssid\n5\tHome2\tany\t\n")}}});
+    Panel panel(supplicant.path());
+    panel.tap(u"Hidden network"_s);
+    panel.type(u"Home2"_s);
+    panel.keys({Qt::Key_Return});
+    panel.type(u"new-password"_s);
+    panel.keys({Qt::Key_Return});
+    panel.wait_for(u"Could not save Wi-Fi network: FAIL"_s);
+    EXPECT_THAT(supplicant.requests(), testing::IsSupersetOf({"REMOVE_NETWORK 5", "RECONFIGURE"}));
 }
 
 TEST(Requests, StopWhileTheWindowIsHidden)
@@ -570,11 +585,15 @@ TEST_P(Situations, AreNamedInWords)
 
 TEST(Situations, TellWhatHelpsWithoutAServiceAndEndWhenItStarts)
 {
-    auto supplicant = std::make_unique<FakeSupplicant>();
-    const std::string path = supplicant->path();
-    supplicant.reset();
+    const TemporaryFolder folder;
+    const std::string path = folder.path() + "/wlan0";
     Panel panel(path);
-    panel.wait_for(u"The Wi-Fi service is not running."_s);
+    panel.tap(u"Scan"_s);
+    panel.wait_for(u"Wi-Fi, The Wi-Fi service is not running."_s);
+    FakeSupplicant supplicant(around(""));
+    ASSERT_EQ(symlink(supplicant.path().c_str(), path.c_str()), 0);
+    panel.wait_for(u"Wi-Fi, Not connected"_s);
+    EXPECT_FALSE(panel.shows(u"The Wi-Fi service is not running."_s));
     EXPECT_EQ(explained(u"Could not connect to wpa_supplicant: Permission denied"_s),
               u"You may not control Wi-Fi. Your user must be in the group netdev."_s);
 }
@@ -596,6 +615,7 @@ TEST(Names, AreShownAsPeopleWriteThem)
              {R"(a\tb)", uR"(a\tb)"_s},                     // a control character
              {R"(a\xe2\x80\xaeb)", uR"(a\xe2\x80\xaeb)"_s}, // turns the direction
              {R"(a\xc2\xa0b)", uR"(a\xc2\xa0b)"_s},         // a blank that looks like a space
+             {R"(a\xe3\x85\xa4)", uR"(a\xe3\x85\xa4)"_s},   // a letter that is blank
              {R"(\xe2\x90\xa3)", uR"(\xe2\x90\xa3)"_s},     // what stands for a space
          })
         EXPECT_EQ(readable(QString::fromUtf8(printed)), shown);
