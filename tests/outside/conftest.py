@@ -147,7 +147,7 @@ def x11(environment, start):
     """Starts an X server, and types a line into the window that has the focus."""
     require_tool("Xvfb", "xdotool")
     server = start("Xvfb", "-displayfd", "1", "-screen", "0", "800x800x24", "-nolisten", "tcp",
-                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+                   "-noreset", stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
     environment["DISPLAY"] = ":" + server.stdout.readline().strip()
     return lambda text: start("xdotool", "type", "--delay", "20", "--args", "1", text,
                               "key", "Return")
