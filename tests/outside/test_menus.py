@@ -3,12 +3,11 @@
 import contextlib
 import json
 import os
-import pathlib
 import subprocess
 
 import pytest
 
-from conftest import LIMIT, ROOT, require_tool, wait_until
+from conftest import LIMIT, ROOT, processes, require_tool, wait_until
 
 MENU = ROOT / "examples/wifi-menu"
 PASSWORD = "home-password"
@@ -46,14 +45,8 @@ class Screen:
 
     def menu(self, session):
         """The process of the menu, and its processor time in hundredths of a second."""
-        for path in pathlib.Path("/proc").glob("[0-9]*"):
-            try:
-                if (os.getsid(int(path.name)) == session
-                        and (path / "comm").read_text().strip() == self.tool):
-                    return path.name, sum(map(int, (path / "stat").read_text().split()[13:15]))
-            except OSError:  # it has ended
-                pass
-        return None
+        return next(((process, text.split()[13:15]) for process, text in processes(session).items()
+                     if f"({self.tool})" in text), None)
 
     def answer(self, *answers):
         process = self.start(MENU, start_new_session=True)
@@ -83,18 +76,13 @@ def screen(request, environment, start):
 
 
 @pytest.mark.parametrize("screen", MENUS, indirect=True, ids="-".join)
-def test_menu_joins_the_chosen_network_and_keeps_its_password_nowhere(simulate, screen, folder):
+def test_menu_joins_what_is_chosen_not_typed_and_keeps_the_password_nowhere(
+        simulate, wifi, screen, folder):
     simulate("Home", "Cafe")
     assert screen.answer("Home", PASSWORD) == 0
+    assert screen.answer("d link") == 0
+    status = json.loads(wifi("status", "--json"))
+    assert (status["state"], status["ssid"]) == ("COMPLETED", "Home")
     files = {path for path in folder.rglob("*") if path.is_file()}
     keepers = [path.name for path in files if PASSWORD.encode() in path.read_bytes()]
     assert keepers == ["wpa_supplicant.conf"]
-
-
-@pytest.mark.parametrize("screen", MENUS, indirect=True, ids="-".join)
-def test_menu_takes_typed_text_for_no_choice(simulate, screen, wifi):
-    simulate("Cafe")
-    wifi("list")
-    wifi("connect", "--open", "Cafe")
-    assert screen.answer("d link") == 0
-    assert json.loads(wifi("status", "--json"))["state"] == "COMPLETED"
