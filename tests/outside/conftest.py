@@ -4,6 +4,7 @@
 Variables say what to test: CORVANE_BUILD is the build folder (default: build/dev), CORVANE_WIFI and
 CORVANE_SIMULATOR are the programs (default: those in the build folder).
 """
+import contextlib
 import os
 import pathlib
 import re
@@ -32,6 +33,16 @@ def require_tool(*names):
     for name in names:
         if not shutil.which(name):
             pytest.skip(f"needs {name}")
+
+
+def processes(session):
+    """What /proc tells of its living processes."""
+    found = {}
+    for path in pathlib.Path("/proc").glob("[0-9]*"):
+        with contextlib.suppress(OSError):  # it has ended
+            if os.getsid(int(path.name)) == session:
+                found[path.name] = (path / "stat").read_text() + (path / "status").read_text()
+    return {process: text for process, text in found.items() if "State:\tZ" not in text}
 
 
 def manual_page():

@@ -3,12 +3,11 @@
 import contextlib
 import json
 import os
-import pathlib
 import subprocess
 
 import pytest
 
-from conftest import LIMIT, ROOT, require_tool, wait_until
+from conftest import LIMIT, ROOT, processes, require_tool, wait_until
 
 MENU = ROOT / "examples/wifi-menu"
 PASSWORD = "home-password"
@@ -38,63 +37,48 @@ def wayland(folder, environment, start):
     return lambda text: type_line("-d", "20", text, "-k", "Return")
 
 
-class Screen:
-    """wifi-menu with a real menu, which answers are typed into."""
+@pytest.fixture
+def answer(request, environment, start):
+    """Starts wifi-menu with a real menu, and types answers into it: gives the exit status."""
+    display, tool = request.param
+    require_tool("jq", tool)
+    environment["WIFI_MENU"] = tool
+    type_line = request.getfixturevalue(display)
 
-    def __init__(self, tool, type_line, start):
-        self.tool, self.type_line, self.start = tool, type_line, start
-
-    def menu(self, session):
+    def menu(session):
         """The process of the menu, and its processor time in hundredths of a second."""
-        for path in pathlib.Path("/proc").glob("[0-9]*"):
-            try:
-                if (os.getsid(int(path.name)) == session
-                        and (path / "comm").read_text().strip() == self.tool):
-                    return path.name, sum(map(int, (path / "stat").read_text().split()[13:15]))
-            except OSError:  # it has ended
-                pass
-        return None
+        return next(((process, text.split()[13:15]) for process, text in processes(session).items()
+                     if f"({tool})" in text), None)
 
-    def answer(self, *answers):
-        process = self.start(MENU, start_new_session=True)
+    def answer(*answers):
+        process = start(MENU, start_new_session=True)
         answered = set()
 
         def waits():
-            before = self.menu(process.pid)
+            before = menu(process.pid)
             with contextlib.suppress(subprocess.TimeoutExpired):
                 process.wait(1)
             return process.poll() is not None or (
-                before and before[0] not in answered and self.menu(process.pid) == before)
+                before and before[0] not in answered and menu(process.pid) == before)
 
-        for answer in answers:
-            wait_until(f"{self.tool} waits for {answer!r}", waits)
-            assert process.poll() is None, f"nobody asked for {answer!r}"
-            answered.add(self.menu(process.pid)[0])
-            self.type_line(answer)
+        for text in answers:
+            wait_until(f"{tool} waits for {text!r}", waits)
+            assert process.poll() is None, f"nobody asked for {text!r}"
+            answered.add(menu(process.pid)[0])
+            type_line(text)
         return process.wait(LIMIT)
 
-
-@pytest.fixture
-def screen(request, environment, start):
-    session, tool = request.param
-    require_tool("jq", tool)
-    environment["WIFI_MENU"] = tool
-    return Screen(tool, request.getfixturevalue(session), start)
+    return answer
 
 
-@pytest.mark.parametrize("screen", MENUS, indirect=True, ids="-".join)
-def test_menu_joins_the_chosen_network_and_keeps_its_password_nowhere(simulate, screen, folder):
+@pytest.mark.parametrize("answer", MENUS, indirect=True, ids="-".join)
+def test_menu_joins_what_is_chosen_not_typed_and_keeps_the_password_nowhere(
+        simulate, wifi, answer, folder):
     simulate("Home", "Cafe")
-    assert screen.answer("Home", PASSWORD) == 0
+    assert answer("Home", PASSWORD) == 0
+    assert answer("d link") == 0
+    status = json.loads(wifi("status", "--json"))
+    assert (status["state"], status["ssid"]) == ("COMPLETED", "Home")
     files = {path for path in folder.rglob("*") if path.is_file()}
     keepers = [path.name for path in files if PASSWORD.encode() in path.read_bytes()]
     assert keepers == ["wpa_supplicant.conf"]
-
-
-@pytest.mark.parametrize("screen", MENUS, indirect=True, ids="-".join)
-def test_menu_takes_typed_text_for_no_choice(simulate, screen, wifi):
-    simulate("Cafe")
-    wifi("list")
-    wifi("connect", "--open", "Cafe")
-    assert screen.answer("d link") == 0
-    assert json.loads(wifi("status", "--json"))["state"] == "COMPLETED"
