@@ -187,12 +187,15 @@ Page {
                     font.pixelSize: 14
                 }
                 Padlock { visible: row.network.kind === "password"; color: name.color }
-                ToolButton {
+                AbstractButton {
                     Layout.preferredWidth: 48
                     Layout.preferredHeight: 48
-                    text: row.mirrored ? "\u2039" : "\u203a"
-                    font.pixelSize: 24
-                    focusPolicy: Qt.NoFocus
+                    contentItem: Label {
+                        text: row.mirrored ? "\u2039" : "\u203a"
+                        font.pixelSize: 24
+                        horizontalAlignment: Text.AlignHCenter
+                        verticalAlignment: Text.AlignVCenter
+                    }
                     onClicked: page.details(row.network)
                     Accessible.name: qsTr("Details of %1").arg(row.network.name)
                 }

@@ -43,13 +43,13 @@ ApplicationWindow {
             window.wifi.notice = ""
             push(Qt.resolvedUrl(page), Object.assign({wifi: window.wifi}, properties),
                  StackView.Immediate)
-            currentItem.forceActiveFocus()
+            currentItem.forceActiveFocus(Qt.TabFocusReason)
         }
         function back() {
             if (depth > 1 && !window.wifi.activity)
                 pop(StackView.Immediate)
             window.wifi.notice = ""
-            currentItem.forceActiveFocus()
+            currentItem.forceActiveFocus(Qt.TabFocusReason)
         }
         anchors { top: parent.top; bottom: parent.bottom; bottomMargin: keyboard.shown }
         x: (parent.width - width) / 2
@@ -67,26 +67,26 @@ ApplicationWindow {
         y: parent.height - shown
     }
 
-    Question {
-        id: question
-        property var network
-        text: ""
-        choices: [qsTr("New password"), qsTr("Try again")]
-        onChosen: choice => choice === 0
-                  ? pages.show("JoinPage.qml", {network: network})
-                  : window.wifi.reconnect(network)
+    Component { // made when there is a question: the window comes sooner
+        id: questionAboutSaved
+        Question {
+            required property var network
+            choices: [qsTr("New password"), qsTr("Try again")]
+            onChosen: choice => choice === 0
+                      ? pages.show("JoinPage.qml", {network: network})
+                      : window.wifi.reconnect(network)
+            onClosed: destroy()
+        }
     }
     Connections {
         target: window.wifi
         function onFailedSaved(why: string, network: var) {
-            question.network = network
-            question.text = why
-            question.open()
+            questionAboutSaved.createObject(window.contentItem, {network: network, text: why}).open()
         }
         function onJoined() {
             while (pages.depth > 1)
                 pages.pop(StackView.Immediate)
-            pages.currentItem.forceActiveFocus()
+            pages.currentItem.forceActiveFocus(Qt.TabFocusReason)
         }
     }
 }

@@ -15,7 +15,7 @@ Dialog {
     width: Math.min(parent.width - 32, 420)
     modal: true
     focus: true
-    onOpened: buttons.itemAt(0).forceActiveFocus()
+    onOpened: buttons.itemAt(0).forceActiveFocus(Qt.TabFocusReason)
 
     ColumnLayout {
         anchors { left: parent.left; right: parent.right }

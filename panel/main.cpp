@@ -83,7 +83,8 @@ int main(int argc, char** argv)
     server.listen(address);
 
     QTranslator translator;
-    if (translator.load(QLocale(), u"panel"_s, u"_"_s, u":/i18n"_s)) {
+    if (!QLocale().uiLanguages().value(0).startsWith(u"en"_s)
+        && translator.load(QLocale(), u"panel"_s, u"_"_s, u":/i18n"_s)) {
         QCoreApplication::installTranslator(&translator);
         QGuiApplication::setLayoutDirection(QLocale().textDirection());
     }

@@ -48,6 +48,7 @@ Wifi::Wifi()
     worker_.moveToThread(&thread_);
     thread_.start();
     connect(&timer_, &QTimer::timeout, this, &Wifi::refresh);
+    refresh(); // while the window is being made
 }
 
 Wifi::~Wifi()

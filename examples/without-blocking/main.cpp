@@ -36,11 +36,13 @@ int main(int argc, char** argv)
     QObject::connect(&ticks, &QTimer::timeout, [] { std::fputs("...\n", stderr); });
     ticks.start(100);
 
-    QtConcurrent::run(&worker, list).then(&application, [](const Result& result) { // in its thread
-        for (const cvn::wifi::Network& network : result.networks)
-            std::printf("%s, %d dBm\n", qPrintable(network.ssid), network.signal);
-        std::fputs(qPrintable(result.error), stderr);
-        QCoreApplication::exit(result.error.isEmpty() ? 0 : 1);
+    QTimer::singleShot(0, &application, [&] { // when the event loop runs
+        QtConcurrent::run(&worker, list).then(&application, [](const Result& result) {
+            for (const cvn::wifi::Network& network : result.networks)
+                std::printf("%s, %d dBm\n", qPrintable(network.ssid), network.signal);
+            std::fputs(qPrintable(result.error), stderr);
+            QCoreApplication::exit(result.error.isEmpty() ? 0 : 1);
+        });
     });
     return QCoreApplication::exec();
 }
