@@ -161,4 +161,4 @@ def x11(environment, start):
                    "-noreset", stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
     environment["DISPLAY"] = ":" + server.stdout.readline().strip()
     return lambda text: start("xdotool", "type", "--delay", "20", "--args", "1", text,
-                              "key", "Return")
+                              "sleep", "0.5", "key", "Return")

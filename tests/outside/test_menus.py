@@ -17,6 +17,8 @@ MENUS = [("x11", "rofi"), ("x11", "dmenu"), ("x11", "bemenu"),
 
 @pytest.fixture
 def wayland(folder, environment, start):
+    if "CORVANE_WAYLAND" not in os.environ:
+        pytest.skip("release/menus runs it: compositors do not bear a busy machine")
     require_tool("sway", "wtype")
     (folder / "sway").write_text("xwayland disable\nexec echo $WAYLAND_DISPLAY >display\n")
     environment |= {"WLR_BACKENDS": "headless", "WLR_LIBINPUT_NO_DEVICES": "1",
@@ -34,7 +36,7 @@ def wayland(folder, environment, start):
         start("wtype", *words, "-s", "600000")
 
     type_line()
-    return lambda text: type_line("-d", "20", text, "-k", "Return")
+    return lambda text: type_line("-d", "20", text, "-s", "500", "-k", "Return")
 
 
 @pytest.fixture

@@ -664,7 +664,7 @@ TEST_P(Sizes, HoldEveryPage)
     panel.wait_for(name);
     check_layout(panel);
     const QImage image = panel.window().grabWindow();
-    EXPECT_EQ(image.size(), std::get<QSize>(GetParam()));
+    EXPECT_EQ(image.size(), std::get<QSize>(GetParam()) * panel.window().devicePixelRatio());
     EXPECT_EQ(image.pixelColor(1, 1).lightness() < 128, std::get<2>(GetParam()));
     panel.tap(u"Details of "_s + name);
     panel.wait_for(u"Channel"_s);
