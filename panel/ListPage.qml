@@ -101,7 +101,6 @@ Page {
                     }
                     Label {
                         id: situation
-                        objectName: "situation"
                         Layout.fillWidth: true
                         text: page.wifi.activity || page.wifi.situation
                         horizontalAlignment: Text.AlignLeft
@@ -116,7 +115,6 @@ Page {
             wifi: page.wifi
         }
         Label {
-            objectName: "notice"
             Layout.fillWidth: true
             Layout.margins: 12
             visible: text

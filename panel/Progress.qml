@@ -11,7 +11,6 @@ ProgressBar {
 
     implicitHeight: 6
     opacity: wifi.activity ? 1 : 0 // keeps its place
-    visible: true
     indeterminate: wifi.activity && !wifi.connecting
     NumberAnimation on value {
         running: progress.wifi.connecting

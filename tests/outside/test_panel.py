@@ -42,18 +42,23 @@ def saved(folder):
     return (folder / "wpa_supplicant.conf").read_text()
 
 
-def wait_for_row(run):
+def click_until(what, run, condition):
     """Rows come after the window; a scan comes right after the first of them."""
     time.sleep(1)
     wait_until("the window is on the screen", lambda: windows(run))
+    wait_until(what, lambda: click_first_row(run) or condition())
+
+
+def begin_to_join(run):
+    click_until("a click on the row has begun to join", run,
+                lambda: status(run)["state"] != "INACTIVE")
 
 
 def test_pointer_joins_a_network(simulate, panel, run, folder):
     simulate("Cafe")
     panel()
-    wait_for_row(run)
-    wait_until("a click on the row has joined",
-               lambda: click_first_row(run) or status(run)["state"] == "COMPLETED")
+    click_until("a click on the row has joined", run,
+                lambda: status(run)["state"] == "COMPLETED")
     wait_until("the network is saved", lambda: 'ssid="Cafe"' in saved(folder))
 
 
@@ -61,9 +66,7 @@ def test_pointer_joins_a_network(simulate, panel, run, folder):
 def test_signal_ends_it_when_the_attempt_is_over(simulate, panel, run, folder, ending):
     simulate("Cafe")
     process = panel()
-    wait_for_row(run)
-    wait_until("a click on the row has begun to join",
-               lambda: click_first_row(run) or status(run)["state"] != "INACTIVE")
+    begin_to_join(run)
     process.send_signal(ending)
     wait_until("the window is gone", lambda: not windows(run))
     assert process.wait(LIMIT) == 0
@@ -74,9 +77,7 @@ def test_signal_ends_it_when_the_attempt_is_over(simulate, panel, run, folder, e
 def test_second_start_shows_the_first(simulate, panel, run, start):
     simulate("Cafe")
     process = panel()
-    wait_for_row(run)
-    wait_until("a click on the row has begun to join",
-               lambda: click_first_row(run) or status(run)["state"] != "INACTIVE")
+    begin_to_join(run)
     process.terminate()
     wait_until("the window is gone", lambda: not windows(run))
     assert start(PANEL).wait(LIMIT) == 0

@@ -16,7 +16,6 @@
 #include <QQmlApplicationEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
-#include <QSignalSpy>
 #include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
 
@@ -227,16 +226,10 @@ private:
 };
 
 const std::string home = profile("\"Home\"", "psk=\"home-password\"");
-const std::string cafe = profile("\"Cafe\"", "key_mgmt=NONE", true);
 
 /// With the simulator, connected to Home.
 class WithSimulator : public testing::Test {
 protected:
-    std::string status()
-    {
-        return daemon.ask("STATUS");
-    }
-
     Daemon daemon{Kind::Simulator, {.profiles = home}};
     std::string connected = daemon.wait_for("STATUS", "ip_address");
     Panel panel{daemon.path()};
@@ -409,7 +402,6 @@ TEST_F(Window, LooksAsInTheDocuments)
 
 TEST_F(Window, EndsOnlyWhenTheAttemptHasEnded)
 {
-    const QSignalSpy ended(qApp, &QCoreApplication::aboutToQuit);
     panel.tap(u"Cafe"_s);
     panel.wait_for(u"Connecting to \u2068Cafe\u2069"_s);
     panel.window().close();
