@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The corvane-wifi authors
 
-#include "wifi.hpp"
+#include "window.hpp"
 
 #include <QDeadlineTimer>
 #include <QGuiApplication>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QLockFile>
-#include <QQmlApplicationEngine>
-#include <QQuickWindow>
 #include <QSocketNotifier>
 #include <QStandardPaths>
 #include <QTranslator>
@@ -90,15 +88,10 @@ int main(int argc, char** argv)
     }
     Wifi wifi;
     QQmlApplicationEngine engine;
-    engine.addImportPath(u":/qt/qml"_s);
-    const bool has_keyboard = qgetenv("QT_IM_MODULE") == "qtvirtualkeyboard";
-    engine.setInitialProperties(
-        {{u"wifi"_s, QVariant::fromValue(&wifi)},
-         {u"onScreenKeyboard"_s, has_keyboard ? u"Keyboard.qml"_s : u""_s}});
-    engine.load(u"qrc:/qt/qml/Corvane/Panel/Main.qml"_s);
-    if (engine.rootObjects().isEmpty())
+    QQuickWindow* const loaded = load_window(engine, wifi);
+    if (loaded == nullptr)
         return 1;
-    auto& window = *qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());
+    QQuickWindow& window = *loaded;
     wifi.watch(window);
     window.show();
 

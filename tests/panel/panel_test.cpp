@@ -3,7 +3,7 @@
 
 // Proves what the window shows, says to a screen reader, and does for a finger and for keys.
 
-#include "wifi.hpp"
+#include "window.hpp"
 #include "words.hpp"
 
 #include "support/daemon.hpp"
@@ -13,9 +13,7 @@
 #include <QAccessible>
 #include <QGuiApplication>
 #include <QPalette>
-#include <QQmlApplicationEngine>
 #include <QQuickItem>
-#include <QQuickWindow>
 #include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
 
@@ -85,12 +83,7 @@ public:
         qputenv("CORVANE_WIFI_CONNECT_TIMEOUT_MS", QByteArray::number(connect_ms));
         wifi_ = std::make_unique<Wifi>();
         QAccessible::setActive(true);
-        engine_.addImportPath(u":/qt/qml"_s);
-        const bool keyboard = qgetenv("QT_IM_MODULE") == "qtvirtualkeyboard";
-        engine_.setInitialProperties(
-            {{u"wifi"_s, QVariant::fromValue(wifi_.get())},
-             {u"onScreenKeyboard"_s, keyboard ? u"Keyboard.qml"_s : QString()}});
-        engine_.load(u"qrc:/qt/qml/Corvane/Panel/Main.qml"_s);
+        load_window(engine_, *wifi_);
         window().resize(size);
         wifi_->watch(window());
         window().show();
