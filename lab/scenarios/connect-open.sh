@@ -1,5 +1,4 @@
 # SPDX-License-Identifier: MIT
-# shellcheck shell=sh disable=SC2154 # from library.sh
 #
 # Connecting to an open network gives an address and traffic, and saves one profile.
 

@@ -1,5 +1,4 @@
 # SPDX-License-Identifier: MIT
-# shellcheck shell=sh disable=SC2154 # from library.sh
 #
 # Networks with a password connect and are saved, and switching between them writes nothing.
 

@@ -1,5 +1,4 @@
 # SPDX-License-Identifier: MIT
-# shellcheck shell=sh disable=SC2154 # from library.sh
 #
 # Disconnecting keeps a saved network; forgetting removes it from wpa_supplicant and the file.
 

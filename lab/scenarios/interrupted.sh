@@ -1,5 +1,4 @@
 # SPDX-License-Identifier: MIT
-# shellcheck shell=sh disable=SC2154 # from library.sh
 #
 # A lost access point, a stopped wpa_supplicant or a killed connect leaves nothing in the file.
 

@@ -1,5 +1,4 @@
 # SPDX-License-Identifier: MIT
-# shellcheck shell=sh disable=SC2154 # from library.sh
 #
 # The known limits are as the README and the manual page describe them. If a check fails because
 # something now works, update them.

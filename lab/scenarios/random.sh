@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# shellcheck shell=sh disable=SC2154,SC3028 # from library.sh; RANDOM is from busybox
+# shellcheck disable=SC3028 # busybox's shell has RANDOM
 #
 # After each of 200 random actions, while access points come and go, the file has exactly the
 # networks that were added and not forgotten.

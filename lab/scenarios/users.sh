@@ -1,5 +1,4 @@
 # SPDX-License-Identifier: MIT
-# shellcheck shell=sh disable=SC2154 # from library.sh
 #
 # Only members of the socket's group can use corvane-wifi: lena is one, otto is not.
 
