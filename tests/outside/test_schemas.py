@@ -57,6 +57,7 @@ def corpus_replies():
     """Replies to SCAN_RESULTS, LIST_NETWORKS and STATUS."""
     yield from ((texts + [b"", b""])[:3] for texts in corpus("networks"))
     yield from ([b"", b"", *text] for text in corpus("status"))
+    yield b"\x7f\t1\t1\t\t\x1b\x80\n", b"0\t\xff\x01\n", b"wpa_state=\x80\nssid=\x1b\n"
 
 
 @pytest.fixture
