@@ -6,9 +6,7 @@ is_offline() { ! state_is COMPLETED; }
 
 in_range Home2 Mixed
 join Mixed mixed-password
-result "connect adds Mixed" 0 "Connected to Mixed."
 join Home2 home2-password
-result "connect adds Home2" 0 "Connected to Home2."
 before=$(file_identity)
 wifi disconnect
 result "disconnect succeeds" 0 "Wi-Fi disconnected."

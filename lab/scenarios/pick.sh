@@ -10,11 +10,10 @@ dialogue() {
 }
 
 typist "Network number: " "#Home2" "Wi-Fi password: " home2-password -- corvane-wifi pick
-same "pick asks for a number and a hidden password, and connects" "Network number: [echo on]N
+same "pick asks for a number and a hidden password, and connects" "0 Network number: [echo on]N
 Wi-Fi password: [echo off]
 Connected to Home2.
-[echo on]" "$(dialogue)"
-same "pick exits with status 0" 0 "$status"
+[echo on]" "$status $(dialogue)"
 same "wpa_supplicant is connected to Home2" "COMPLETED Home2" "$(state) $(current ssid)"
 check "the file has the profile" grep -q 'ssid="Home2"' "$conf"
 
