@@ -42,8 +42,8 @@ class Supplicant(socketserver.DatagramRequestHandler):
         self.wfile.write(REPLIES.get(self.rfile.read(), "OK\n").encode())
 
 
-def run(*command, env, stdout=subprocess.DEVNULL):
-    return subprocess.run(command, env=env, check=True, text=True, stdout=stdout,
+def run(*command, env):
+    return subprocess.run(command, env=env, check=True, text=True, stdout=subprocess.DEVNULL,
                           stderr=subprocess.PIPE)
 
 
@@ -74,15 +74,11 @@ def system_calls(command, env):
     return int(run("strace", "-fc", *command, env=env).stderr.splitlines()[-1].split()[3])
 
 
-def print_header(title, *columns):
-    print(f"\n{title}\n\n| {' | '.join(columns)} |\n" + "|---" * len(columns) + "|")
-
-
 def print_table(title, programs, env):
     """Programs are rows of a name and the commands it stands for, whose costs are added. Ratios are
     to the first program."""
-    print_header(title, "program", "CPU, ms", "ratio", "instructions, 1000", "ratio",
-                 "memory, KB", "ratio", "system calls", "size, KB")
+    print(f"\n{title}\n\n| program | CPU, ms | ratio | instructions, 1000 | ratio "
+          "| memory, KB | ratio | system calls | size, KB |\n" + "|---" * 9 + "|")
     timings = iter(times([command for _, *commands in programs for command in commands], env))
     base = None
     for name, *commands in programs:
@@ -124,27 +120,10 @@ def print_process_tables():
         print_table(f"list --cached --json, {locale}", listing, LOGIN | setting)
 
 
-def print_in_process_table():
-    report = run(BUILD / "release/bench/wifi-bench", "--benchmark_repetitions=9",
-                 "--benchmark_format=json", "--benchmark_enable_random_interleaving=true",
-                 "--benchmark_min_time=0.1", env=LOGIN, stdout=subprocess.PIPE).stdout
-    # Wall time of what exchanges datagrams, CPU time of the rest.
-    print_header("Within a process, medians of 9", "function", "time, us", "user time, us")
-    for row in json.loads(report)["benchmarks"]:
-        if row.get("aggregate_name") == "median":
-            name, _, exchanges = row["run_name"].partition("/")
-            time_ns = row["real_time" if exchanges else "cpu_time"]
-            user = f"{row['user_us']:.1f}" if "user_us" in row else ""
-            print(f"| {name} | {time_ns / 1000:.1f} | {user} |")
-
-
 try:
     server = socketserver.UnixDatagramServer(f"{WORK}/wlan0", Supplicant)
     threading.Thread(target=server.serve_forever, daemon=True).start()
-    processor = run("lscpu", env=LOGIN, stdout=subprocess.PIPE).stdout
-    print(re.search(r"Model name: *(.*)", processor)[1])
     print_process_tables()
-    print_in_process_table()
 except subprocess.CalledProcessError as error:
     sys.exit(error.stderr or error)
 finally:

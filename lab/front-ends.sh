@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=sh disable=SC2154 # from library.sh
 #
-# The panel joins on simulated radios what the command line cannot, and goes back to what worked; the
-# status bar shows each change.
+# The panel joins on simulated radios what the command line cannot, and goes back to what worked;
+# the status bar shows each change.
 
 bar_shows() { [ "$(tail -n 1 /tmp/bar | jq -r '.text + " " + .class')" = "$1" ]; }
 panel() { # SSID PASSWORD [VARIABLE=VALUE...]

@@ -33,12 +33,11 @@ watch() { # LOG
 count() {
     local line passed=0 failed=0
     while IFS= read -r line; do
+        echo "$line"
         case $line in
         'ok - '*) passed=$((passed + 1)) ;;
         'not ok - '*) failed=$((failed + 1)) ;;
-        *) echo "$line" && continue ;;
         esac
-        echo "${line/ok - /ok $((passed + failed)) - }"
     done
     echo "$passed passed, $failed failed"
     [ "$passed" -gt 0 ] && [ "$failed" -eq 0 ]

@@ -23,64 +23,27 @@ unpack_packages() {
     fi
 }
 
-# ldd would have to run the files, which another processor's cannot.
-add_libraries() { # ROOT TARGET FILE...
-    local from=$1/usr/lib/$triplet target=$2 file name
-    for file in "${@:3}"; do
-        for name in $(readelf -d "$file" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'); do
-            [ ! -e "$target/$name" ] || continue
-            cp -L "$from/$name" "$target/"
-            add_libraries "$1" "$target" "$target/$name"
-        done
-    done
-}
-loader_of() { readelf -l "$1" | sed -n 's/.*interpreter: \(.*\)\]/\1/p'; }
-
-# Of Python's files, those that pexpect loads on this computer, which has the same release.
-add_python() {
-    local file
-    cp "$root/usr/bin/python3" "$base/bin/"
-    /usr/bin/python3 -c 'import pexpect, sys
-for module in list(sys.modules.values()): print(getattr(module, "__file__", None) or "")' \
-        | sed "s/$DEB_BUILD_MULTIARCH/$triplet/" | while read -r file; do
-        [ ! -f "$root$file" ] || install -D -m 0644 "$root$file" "$base$file"
-    done
-}
-
 add_programs() {
-    local libraries=$base/lib/$triplet loader
-    mkdir -p "$base"/{bin,usr} "$libraries"
+    mkdir -p "$base"/{bin,lib,usr/lib}
     ln -s ../bin "$base/usr/bin"
-    cp "$root/bin/busybox" "$root/sbin/iw" "$base/bin/"
-    add_python
-    cp -L "$root/usr/lib/$triplet/libQt6Core.so.6" "$libraries/"
-    add_libraries "$root" "$libraries" "$base"/bin/{iw,python3} "$libraries/libQt6Core.so.6" \
-        "$base"/usr/lib/python3.*/lib-dynload/*
-    loader=$(loader_of "$base/bin/iw")
-    mkdir -p "$base/${loader%/*}"
-    cp -L "$libraries/${loader##*/}" "$base/$loader"
+    cp "$root"/bin/{busybox,python3} "$root/sbin/iw" "$base/bin/"
+    cp -r "$root/lib/$triplet" "$base/lib/"
+    cp -r "$root"/usr/lib/python3* "$base/usr/lib/"
+    (cd "$root" && cp -P --parents lib*/ld-linux* "$base")
 }
 
 # With libraries of their own, since those of another release do not suit corvane-wifi.
 add_daemons() {
-    local name loader
-    mkdir -p "$base/suite"
+    local name
+    cp -r "$daemons/lib/$triplet" "$base/suite"
     for name in hostapd hostapd_cli wpa_cli wpa_supplicant; do
         cp "$daemons/sbin/$name" "$base/suite/"
-        add_libraries "$daemons" "$base/suite" "$base/suite/$name"
-        loader=$(loader_of "$base/suite/$name")
         cat >"$base/bin/$name" <<END
 #!/bin/sh
-export OPENSSL_MODULES=/suite
-exec /suite/${loader##*/} --library-path /suite /suite/$name "\$@"
+export OPENSSL_MODULES=/suite/ossl-modules
+exec /suite/ld-linux* --library-path /suite /suite/$name "\$@"
 END
         chmod +x "$base/bin/$name"
-    done
-    # Loaded at run time, where they exist: without the first no daemon starts, and until glibc
-    # 2.34 no group has a name without the second.
-    for name in ossl-modules/legacy.so libnss_files.so.2; do
-        name=$daemons/usr/lib/$triplet/$name
-        [ ! -e "$name" ] || cp "$name" "$base/suite/"
     done
 }
 

@@ -1,5 +1,4 @@
 # SPDX-License-Identifier: MIT
-# shellcheck shell=sh disable=SC2154 # from library.sh
 #
 # A lost access point, a stopped wpa_supplicant or a killed connect leaves nothing in the file.
 
@@ -17,7 +16,9 @@ await_program() { # under its time limit
     out=$(cat /tmp/out) err=$(cat /tmp/err)
     radio_on 2
 }
-next_command_works() { # AFTER
+nothing_is_left() { # AFTER
+    same "wpa_supplicant has no profile after $1" "" "$(profiles)"
+    same "the file has no profile after $1" "$empty_conf" "$(cat "$conf")"
     in_range Cafe
     wifi connect --open Cafe
     result "connect works after $1" 0 "Connected to Cafe."
@@ -47,9 +48,7 @@ with_short_timeout connect_to_silent_home2
 await_program
 result "connect times out when the access point stays away" 1 "" \
     "corvane-wifi: Timed out connecting to Home2."
-same "a connect that timed out removes its profile" "" "$(profiles)"
-same "a connect that timed out leaves the file empty" "$empty_conf" "$(cat "$conf")"
-next_command_works "a lost access point"
+nothing_is_left "a lost access point"
 
 connect_to_silent_home2
 wait_for is_searching
@@ -60,9 +59,7 @@ wifi status
 result "status reports a killed wpa_supplicant" 1 "" \
     "corvane-wifi: Could not connect to wpa_supplicant: Connection refused"
 start_supplicant
-same "wpa_supplicant has no profile when it starts again" "" "$(profiles)"
-same "the file has no profile after wpa_supplicant was killed" "$empty_conf" "$(cat "$conf")"
-next_command_works "wpa_supplicant was killed"
+nothing_is_left "wpa_supplicant was killed"
 
 CORVANE_WIFI_CONNECT_TIMEOUT_MS=20000 connect_to_silent_home2
 wait_for is_searching
@@ -71,9 +68,7 @@ start_supplicant
 await_program
 check "connect reports a restart of wpa_supplicant or times out: $err" \
     failed_with "$lost|Timed out connecting to Home2."
-same "wpa_supplicant has no profile after its restart" "" "$(profiles)"
-same "the file has no profile after the restart" "$empty_conf" "$(cat "$conf")"
-next_command_works "a restart of wpa_supplicant"
+nothing_is_left "a restart of wpa_supplicant"
 
 connect_to_silent_home2
 wait_for is_searching
@@ -88,6 +83,5 @@ wifi connect Home2
 result "the next connect uses that profile like a saved one" 0 "Connected to Home2."
 wifi forget --yes Home2
 result "forget removes that profile" 0 "Forgot Home2."
-same "wpa_supplicant has no profile at the end" "" "$(profiles)"
 rm -f /tmp/corvane-wpa-* # a kill in the middle of a request leaves one
-next_command_works "connect was killed"
+nothing_is_left "connect was killed and its profile forgotten"

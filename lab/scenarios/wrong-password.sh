@@ -1,5 +1,4 @@
 # SPDX-License-Identifier: MIT
-# shellcheck shell=sh disable=SC2154 # from library.sh
 #
 # A failed connect leaves no profile, and the previous network can be reached again.
 
@@ -18,17 +17,11 @@ check "a wrong password leaves no socket" no_sockets_left
 wifi connect Home2
 result "connect returns to the previous network" 0 "Connected to Home2."
 
-join Mixed short
-result "connect refuses a password that is too short" 1 "" \
-    "corvane-wifi: A WPA password must contain 8 to 63 UTF-8 bytes."
 with_short_timeout wifi connect --open Office
 same "connect --open to a protected network times out" \
     "1 corvane-wifi: Timed out connecting to Office." "$status $err"
-wifi connect Nowhere
-result "connect does not find an SSID that is not in range" 1 "" \
-    "corvane-wifi: Network was not found. Run corvane-wifi list first."
-same "none of these failures leaves a profile in wpa_supplicant" "0	Home2	any" \
+same "connect --open to it leaves no profile in wpa_supplicant" "0	Home2	any" \
     "$(profiles | cut -f 1-3)"
-same "none of these failures writes the file" "$before" "$(file_identity)"
+same "connect --open to it does not write the file" "$before" "$(file_identity)"
 join Mixed mixed-password
 result "connect with the right password succeeds after the failures" 0 "Connected to Mixed."

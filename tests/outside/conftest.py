@@ -9,6 +9,7 @@ import os
 import pathlib
 import re
 import shutil
+import signal
 import subprocess
 import tempfile
 import time
@@ -109,13 +110,14 @@ def start(folder, environment):
     processes = []
 
     def start(*words, **options):
-        options = {"env": environment, "cwd": folder, "text": True} | options
-        processes.append(subprocess.Popen(words, **options))
+        defaults = {"env": environment, "cwd": folder, "text": True, "start_new_session": True}
+        processes.append(subprocess.Popen(words, **defaults | options))
         return processes[-1]
 
     yield start
     for process in reversed(processes):
-        process.kill()
+        with contextlib.suppress(ProcessLookupError):
+            os.killpg(process.pid, signal.SIGKILL)  # also what it has started
         process.communicate(timeout=LIMIT)
 
 

@@ -44,58 +44,37 @@ EXPECTED = {  # what is typed before Tab, and the arguments
 }
 
 
-@pytest.fixture
-def complete(folder, environment, terminal):
+@pytest.fixture(params=SHELLS)
+def complete(request, folder, environment, terminal):
     """Presses Tab in a shell: gives what it shows meanwhile, and the arguments."""
+    require_tool(request.param)
     put_script(folder / "bin/corvane-wifi", STUB)
     (folder / ".rc").write_text(BASH)
     (folder / ".zshrc").write_text(ZSH)
     # Without it fish makes completions from all manual pages, in the background.
     for parent in (".local/share", ".cache"):
         (folder / parent / "fish/generated_completions").mkdir(parents=True)
+    shell = terminal(request.param, *SHELLS[request.param])
+    shell.expect_exact("ready> ")
 
-    def open_shell(name):
-        require_tool(name)
-        shell = terminal(name, *SHELLS[name])
+    def complete(line):
+        shell.send(f"corvane-wifi {line}\t\r")
+        shell.expect("ARGUMENTS(.*)END")
+        shown, arguments = shell.before, shell.match[1]
         shell.expect_exact("ready> ")
+        return shown, arguments
 
-        def complete(line):
-            shell.send(f"corvane-wifi {line}\t\r")
-            shell.expect("ARGUMENTS(.*)END")
-            shown, arguments = shell.before, shell.match[1]
-            shell.expect_exact("ready> ")
-            return shown, arguments
-
-        return complete
-
-    return open_shell
+    return complete
 
 
-@pytest.fixture
-def networks(simulate, run):
+def test_actions_flags_and_names_are_completed(simulate, run, complete):
     simulate(profiles="".join(map(profile, SAVED)))
     run(PROGRAM, "list", check=True)  # completions do not scan
-
-
-def check_completions(complete):
     for line, arguments in EXPECTED.items():
         assert complete(line)[1] == "".join(f"<{word}>" for word in arguments), line
 
 
-def test_bash_completes_actions_flags_and_names(networks, complete):
-    check_completions(complete("bash"))
-
-
-def test_zsh_completes_actions_flags_and_names(networks, complete):
-    check_completions(complete("zsh"))
-
-
-def test_fish_completes_actions_flags_and_names(networks, complete):
-    check_completions(complete("fish"))
-
-
-@pytest.mark.parametrize("shell", SHELLS)
-def test_no_error_is_shown_without_wpa_supplicant(shell, complete):
-    shown, arguments = complete(shell)("connect Hom")
+def test_no_error_is_shown_without_wpa_supplicant(complete):
+    shown, arguments = complete("connect Hom")
     assert arguments == "<connect><Hom>"
     assert "corvane-wifi:" not in shown

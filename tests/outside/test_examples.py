@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: MIT
 """Proves what the examples do: wifi-menu for each choice, status-bar for each change."""
-import contextlib
 import json
 import os
 import re
@@ -251,17 +250,8 @@ def bar(start, folder, environment):
     put_script(folder / "bin/rtmon", "#!/bin/sh\necho \"$*\" >asked\nexec sleep infinity\n")
     put_script(folder / "bin/ip", f"#!/bin/sh\nprintf '{EVENT}'\nexec cat events\n")
     put_script(folder / "bin/corvane-wifi", f"#!/bin/sh\n'{PROGRAM}' \"$@\"\necho >>answered\n")
-    bars = []
-
-    def bar(*words):
-        bars.append(start(*words, stdout=subprocess.PIPE, start_new_session=True))
-        return bars[-1]
-
-    yield bar
+    yield lambda *words: start(*words, stdout=subprocess.PIPE)
     os.close(events)
-    for process in bars:
-        with contextlib.suppress(ProcessLookupError):  # also what a failure leaves behind
-            os.killpg(process.pid, signal.SIGKILL)
 
 
 @pytest.fixture

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: MIT
 """Proves that the installed files are complete and that other projects can build against them."""
-import os
 import re
 import shlex
 import shutil
+import subprocess
 
 import pytest
 
@@ -28,46 +28,38 @@ VERSIONS = {"CHANGELOG.md": "## {} -", "man/corvane-wifi.1": "belongs to version
             "panel/corvane-wifi-panel.metainfo.xml": 'release version="{}"'}
 
 
-@pytest.fixture
-def succeed(run):
+def succeed(*words):
     """Runs a command, which may compile: gives its output."""
-    def succeed(*words):
-        ended = run(*words, env=os.environ, timeout=300)
-        assert ended.returncode == 0, ended.stdout + ended.stderr
-        return ended.stdout
-    return succeed
+    ended = subprocess.run(words, text=True, stdin=subprocess.DEVNULL, capture_output=True,
+                           timeout=300)
+    assert ended.returncode == 0, ended.stdout + ended.stderr
+    return ended.stdout
 
 
 @pytest.fixture
-def prefix(folder, succeed):
+def prefix(folder):
     """Chosen only at the installation."""
     succeed("cmake", "--install", BUILD, "--prefix", folder / "chosen prefix")
     return folder / "chosen prefix"
 
 
-@pytest.fixture
-def check_cmake(folder, succeed):
-    def check_cmake(build, *options):
-        succeed("cmake", "-S", CONSUMER, "-B", folder / build, *options)
-        succeed("cmake", "--build", folder / build, "--target", "consumer")
-        assert succeed(folder / build / "consumer") == "Home\nCafe\n"
-    return check_cmake
+def check_cmake(build, *options):
+    succeed("cmake", "-S", CONSUMER, "-B", build, *options)
+    succeed("cmake", "--build", build, "--target", "consumer")
+    assert succeed(build / "consumer") == "Home\nCafe\n"
 
 
-@pytest.fixture
-def check_pkg_config(folder, succeed):
-    def check_pkg_config(path):
-        require_tool("pkg-config")
-        flags = succeed("env", f"PKG_CONFIG_PATH={path}", "pkg-config", "--cflags", "--libs",
-                        "cvn-wifi")
-        # They are quoted for a shell, since there can be a blank in the prefix.
-        succeed("c++", "-std=c++20", "-fPIC", "-o", folder / "consumer", CONSUMER / "consumer.cpp",
-                *shlex.split(flags))
-        assert succeed(folder / "consumer") == "Home\nCafe\n"
-    return check_pkg_config
+def check_pkg_config(folder, path):
+    require_tool("pkg-config")
+    flags = succeed("env", f"PKG_CONFIG_PATH={path}", "pkg-config", "--cflags", "--libs",
+                    "cvn-wifi")
+    # They are quoted for a shell, since there can be a blank in the prefix.
+    succeed("c++", "-std=c++20", "-fPIC", "-o", folder / "consumer", CONSUMER / "consumer.cpp",
+            *shlex.split(flags))
+    assert succeed(folder / "consumer") == "Home\nCafe\n"
 
 
-def test_installs_a_program_that_runs_and_its_files(prefix, succeed):
+def test_installs_a_program_that_runs_and_its_files(prefix):
     wanted = INSTALLED + (PANEL if (BUILD / "panel/corvane-wifi-panel").exists() else [])
     assert [file for file in wanted if not (prefix / file).is_file()] == []
     assert succeed(prefix / "bin/corvane-wifi", "--help").startswith("Usage: corvane-wifi")
@@ -83,7 +75,7 @@ def test_links_of_the_installed_documents_lead_to_files(prefix):
     assert broken_links((prefix / "share/doc/corvane-wifi").rglob("*.md")) == []
 
 
-def test_permissions_and_stray_files_of_the_checkout_do_not_matter(folder, succeed):
+def test_permissions_and_stray_files_of_the_checkout_do_not_matter(folder):
     source = folder / "checkout"
     shutil.copytree(ROOT, source, ignore=shutil.ignore_patterns("build", ".git"))
     for path in [*source.rglob("*")]:
@@ -105,18 +97,17 @@ def test_permissions_and_stray_files_of_the_checkout_do_not_matter(folder, succe
     assert wrong == {}
 
 
-def test_what_is_installed_can_be_used_by_cmake(prefix, check_cmake):
-    check_cmake("build", f"-DCMAKE_PREFIX_PATH={prefix}")
+def test_what_is_installed_can_be_used_by_cmake(prefix, folder):
+    check_cmake(folder / "build", f"-DCMAKE_PREFIX_PATH={prefix}")
 
 
-def test_what_is_installed_can_be_used_by_pkg_config(prefix, check_pkg_config):
+def test_what_is_installed_can_be_used_by_pkg_config(prefix, folder):
     [pc_file] = prefix.rglob("cvn-wifi.pc")
-    check_pkg_config(pc_file.parent)
+    check_pkg_config(folder, pc_file.parent)
 
 
-def test_a_project_around_the_sources_installs_only_what_it_asks_for(
-        folder, succeed, check_cmake, check_pkg_config):
-    check_cmake("around", f"-DCORVANE_SOURCE={ROOT}")
+def test_a_project_around_the_sources_installs_only_what_it_asks_for(folder):
+    check_cmake(folder / "around", f"-DCORVANE_SOURCE={ROOT}")
     succeed("cmake", "--install", folder / "around", "--prefix", folder / "own")
     assert [file for file in (folder / "own").rglob("*") if file.is_file()] == [
         folder / "own/bin/consumer"]
@@ -128,10 +119,10 @@ def test_a_project_around_the_sources_installs_only_what_it_asks_for(
 
     # Some distributions choose absolute directories.
     install_development(LIBDIR=folder / "libraries", INCLUDEDIR=folder / "headers")
-    check_cmake("absolute", f"-Dcvn-wifi_DIR={folder}/libraries/cmake/cvn-wifi")
-    check_pkg_config(folder / "libraries/pkgconfig")
+    check_cmake(folder / "absolute", f"-Dcvn-wifi_DIR={folder}/libraries/cmake/cvn-wifi")
+    check_pkg_config(folder, folder / "libraries/pkgconfig")
     install_development(LIBDIR="lib", PREFIX=folder / "prefix")
-    check_pkg_config(folder / "prefix/lib/pkgconfig")
+    check_pkg_config(folder, folder / "prefix/lib/pkgconfig")
 
 
 def test_files_of_a_release_have_the_version_of_the_build():

@@ -53,7 +53,7 @@ def answer(request, environment, start):
                      if f"({tool})" in text), None)
 
     def answer(*answers):
-        process = start(MENU, start_new_session=True)
+        process = start(MENU)
         answered = set()
 
         def waits():
