@@ -437,12 +437,19 @@ int listen_at(const char* path)
         throw std::runtime_error("the socket path is too long");
     std::memcpy(address.sun_path, path, std::strlen(path));
     const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    socket_path = path;
+    // A signal during bind() waits for its handler, which removes the socket file.
+    sigset_t ending;
+    sigemptyset(&ending);
     for (const int number : {SIGTERM, SIGINT, SIGHUP})
-        static_cast<void>(std::signal(number, remove_socket_and_exit));
+        sigaddset(&ending, number);
+    sigprocmask(SIG_BLOCK, &ending, nullptr);
     if (bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
         // cppcheck-suppress resourceLeak ; the program ends
         throw std::runtime_error("cannot listen at " + string(path) + ": " + std::strerror(errno));
+    socket_path = path;
+    for (const int number : {SIGTERM, SIGINT, SIGHUP})
+        static_cast<void>(std::signal(number, remove_socket_and_exit));
+    sigprocmask(SIG_UNBLOCK, &ending, nullptr);
     return descriptor;
 }
 
