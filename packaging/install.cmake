@@ -1,8 +1,6 @@
 # SPDX-License-Identifier: MIT
 # In components: program, documentation, development and, if it is built, panel.
 include(CMakePackageConfigHelpers)
-set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
-    GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
 set(CORVANE_ZSH_COMPLETIONS ${CMAKE_INSTALL_DATADIR}/zsh/site-functions
     CACHE STRING "Folder for the zsh completion; Debian packages use vendor-completions")

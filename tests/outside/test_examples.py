@@ -169,7 +169,8 @@ def test_menu_that_is_closed_or_without_a_choice_does_nothing(simulate, choose, 
 
 OPTIONS = ["--json", "--cached", "--password-stdin", "--open", "--yes", "-qmljsdebugger=x",
            "--qmljsdebugger=x"]
-BY_HAND = '! Add it by hand: see /usr/share/doc/corvane-wifi/setup.md, "A name such as Caf\u00e9".'
+HEADING = "Networks that corvane-wifi cannot add"
+BY_HAND = f'! Add it by hand, see "{HEADING}" in docs/setup.md.'
 
 
 @pytest.mark.parametrize("answers, messages", [
@@ -183,6 +184,7 @@ BY_HAND = '! Add it by hand: see /usr/share/doc/corvane-wifi/setup.md, "A name s
     ([f" {name}  ["], ["! corvane-wifi takes this name for an option.",
                        "! Use wpa_cli for this network."]) for name in OPTIONS])
 def test_menu_tells_failures(simulate, choose, environment, folder, answers, messages):
+    assert f"\n## {HEADING}\n" in (ROOT / "docs/setup.md").read_text()
     simulate("Home", "Office", BOB, profiles="".join(map(profile, OPTIONS)))
     before = (folder / "wpa_supplicant.conf").read_text()
     environment["CORVANE_WIFI_CONNECT_TIMEOUT_MS"] = "1"
