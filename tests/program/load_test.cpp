@@ -36,7 +36,7 @@ int count(const char* name, int quick)
 }
 
 /// Reports a connection to a network named after the sender, so that no two get the same reply.
-class Mirror : public ManualSupplicant {
+class Mirror : public Peer {
 public:
     Mirror()
         : thread_([this] {
@@ -86,7 +86,7 @@ void expect_own_reply(const Outcome& outcome)
               (Outcome{0, pid + "\nState: STATUS\nNetwork: " + own + "\nAddress: \n", ""}));
 }
 
-Client client_of(const ManualSupplicant& supplicant)
+Client client_of(const Peer& supplicant)
 {
     return {QString::fromStdString(supplicant.path())};
 }
@@ -202,7 +202,7 @@ TEST(ManyCalls, WaitWhileTheQueueIsFull)
     std::ifstream("/proc/sys/net/unix/max_dgram_qlen") >> queue;
     const int threads = queue + 10;
     std::vector<std::future<QByteArray>> replies; // end with the supplicant at the latest
-    const ManualSupplicant supplicant;
+    const Peer supplicant;
     const Client client = client_of(supplicant);
     for (int thread = 0; thread < threads; ++thread)
         replies.push_back(std::async(std::launch::async, [client, thread] {

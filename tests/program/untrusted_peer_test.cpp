@@ -8,7 +8,6 @@
 #include "support/fake_supplicant.hpp"
 #include "support/program.hpp"
 #include "support/replies.hpp"
-#include "support/unix_address.hpp"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -69,7 +68,7 @@ void expect_obstacle_left(const Outcome& outcome)
     EXPECT_EQ(outcome, expected);
 }
 
-Request next_request(const ManualSupplicant& supplicant)
+Request next_request(const Peer& supplicant)
 {
     Request request = supplicant.receive();
     if (request.sender.empty())
@@ -80,16 +79,12 @@ Request next_request(const ManualSupplicant& supplicant)
 /// The error number when `user` sends a forged reply to the socket file `to`; 0 if it arrives.
 int error_of_forgery(const std::string& to, uid_t user)
 {
-    const UnixAddress address(to);
     const pid_t pid = fork();
     if (pid == 0) {
         if (user != geteuid())
             become(user);
-        const std::string forged = "wpa_state=FORGED\n";
-        const int descriptor = socket(AF_UNIX, SOCK_DGRAM, 0);
-        const ssize_t sent = sendto(descriptor, forged.data(), forged.size(), 0, address.get(),
-                                    address.size);
-        _exit(sent < 0 ? errno : 0);
+        const int error = Peer().send(to, "wpa_state=FORGED\n");
+        _exit(error);
     }
     return status_of(pid);
 }
@@ -97,7 +92,7 @@ int error_of_forgery(const std::string& to, uid_t user)
 /// Sends a forged reply that fails with `error`, then the real one.
 void expect_no_forged_reply(uid_t forger, int error)
 {
-    const ManualSupplicant supplicant;
+    const Peer supplicant;
     const Environment environment = environment_for(supplicant.path());
     auto ended = std::async(std::launch::async,
                             [&] { return run({"status"}, environment, "", [] { umask(0); }); });
@@ -178,7 +173,7 @@ TEST_F(ForgedReplyOfOtherUser, IsNotDeliveredWhateverTheMask)
 
 TEST_F(ForgedReplyOfOtherUser, IsNotDeliveredBeforeTheSocketFileIsProtected)
 {
-    const ManualSupplicant supplicant;
+    const Peer supplicant;
     Terminal terminal({"status"}, environment_for(supplicant.path(), fault("chmod", -SIGSTOP)),
                       [] { umask(0); });
     terminal.wait_until_stopped();
@@ -191,7 +186,7 @@ TEST_F(ForgedReplyOfOtherUser, IsNotDeliveredBeforeTheSocketFileIsProtected)
 
 TEST(LateReply, FindsNobodyAndDisturbsNoLaterExchange)
 {
-    const ManualSupplicant supplicant;
+    const Peer supplicant;
     const Client client(QString::fromStdString(supplicant.path()));
     EXPECT_ANY_THROW(client.command("FIRST", 0));
     const std::string first = next_request(supplicant).sender;
