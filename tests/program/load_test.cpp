@@ -18,7 +18,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <future>
 #include <iostream>
 #include <iterator>
@@ -91,15 +90,6 @@ Client client_of(const Peer& supplicant)
     return {QString::fromStdString(supplicant.path())};
 }
 
-void in_threads(int threads, const std::function<void(int)>& function)
-{
-    std::vector<std::future<void>> running;
-    for (int i = 0; i < threads; ++i)
-        running.push_back(std::async(std::launch::async, function, i));
-    for (std::future<void>& thread : running)
-        thread.get();
-}
-
 void call_from_one_thread(const Client& client, int calls)
 {
     const QString path = "/tmp/corvane-wpa-" + QString::number(getpid()) + '-';
@@ -110,13 +100,16 @@ void call_from_one_thread(const Client& client, int calls)
 
 void call_from_eight_threads(const Client& client, int calls)
 {
-    in_threads(8, [&](int thread) {
+    const auto call = [&](int thread) {
         for (int i = 0; i < calls / 8; ++i) {
             const QByteArray request = "CALL " + QByteArray::number(i) + " OF "
                 + QByteArray::number(thread);
             ASSERT_TRUE(client.command(request, 30000).startsWith("wpa_state=" + request + '\n'));
         }
-    });
+    };
+    std::vector<std::future<void>> threads; // each ends when its future does
+    for (int thread = 0; thread < 8; ++thread)
+        threads.push_back(std::async(std::launch::async, call, thread));
 }
 
 struct Resources {

@@ -87,12 +87,7 @@ void Peer::close_socket()
     socket_ = -1;
 }
 
-Answer reply(std::string datagram)
-{
-    return {{std::move(datagram)}};
-}
-
-Answer late_reply(std::chrono::milliseconds delay, std::string datagram)
+Answer reply(std::string datagram, std::chrono::milliseconds delay)
 {
     return {{std::move(datagram)}, delay};
 }
@@ -105,11 +100,6 @@ Answer silence()
 Answer last_reply(std::string datagram)
 {
     return {{std::move(datagram)}, {}, true};
-}
-
-Answer death()
-{
-    return {{}, {}, true};
 }
 
 Script replies(const std::string& words, const std::string& text)

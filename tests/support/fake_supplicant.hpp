@@ -57,11 +57,9 @@ struct Answer {
     bool last = false; ///< The socket is removed before the requester gets the answer.
 };
 
-Answer reply(std::string datagram);
-Answer late_reply(std::chrono::milliseconds delay, std::string datagram);
+Answer reply(std::string datagram, std::chrono::milliseconds delay = {});
 Answer silence();
 Answer last_reply(std::string datagram); ///< A reply from a supplicant that exits.
-Answer death();                          ///< No reply: the supplicant exits.
 
 using Script = std::map<std::string, std::vector<Answer>>;
 using Requests = std::vector<std::string>;
