@@ -85,11 +85,6 @@ void expect_own_reply(const Outcome& outcome)
               (Outcome{0, pid + "\nState: STATUS\nNetwork: " + own + "\nAddress: \n", ""}));
 }
 
-Client client_of(const Peer& supplicant)
-{
-    return {QString::fromStdString(supplicant.path())};
-}
-
 void call_from_one_thread(const Client& client, int calls)
 {
     const QString path = "/tmp/corvane-wpa-" + QString::number(getpid()) + '-';
@@ -172,7 +167,7 @@ TEST(ManyCalls, GetTheirOwnRepliesAndLeaveNothingBehind)
 {
     const int calls = count("CORVANE_LOAD_CALLS", 4000);
     const Mirror supplicant;
-    const Client client = client_of(supplicant);
+    const Client client(QString::fromStdString(supplicant.path()));
     const auto make = [&](int half) {
         call_from_one_thread(client, half);
         call_from_eight_threads(client, half);
@@ -196,7 +191,7 @@ TEST(ManyCalls, WaitWhileTheQueueIsFull)
     const int threads = queue + 10;
     std::vector<std::future<QByteArray>> replies; // end with the supplicant at the latest
     const Peer supplicant;
-    const Client client = client_of(supplicant);
+    const Client client(QString::fromStdString(supplicant.path()));
     for (int thread = 0; thread < threads; ++thread)
         replies.push_back(std::async(std::launch::async, [client, thread] {
             return client.command("CALL " + QByteArray::number(thread), 30000);

@@ -42,12 +42,6 @@ Words in_namespace(const std::string& address, const Words& command)
     return words;
 }
 
-std::string wpa_supplicant()
-{
-    const char* chosen = getenv("CORVANE_WPA_SUPPLICANT");
-    return chosen == nullptr ? "wpa_supplicant" : chosen;
-}
-
 } // namespace
 
 std::string profile(const std::string& ssid, const std::string& key, bool disabled)
@@ -75,10 +69,12 @@ Daemon::Daemon(Kind kind, const Setup& setup)
         << "ctrl_interface=DIR=" << folder() << "\nupdate_config=" << setup.update_config << '\n'
         << setup.profiles;
     Words words = {simulator(), path(), config_path()};
-    if (kind == Kind::Real)
-        words = in_namespace(
-            setup.address,
-            {wpa_supplicant(), "-D" + setup.driver, "-iwlan0", "-c" + config_path()});
+    if (kind == Kind::Real) {
+        const char* chosen = getenv("CORVANE_WPA_SUPPLICANT");
+        const std::string program = chosen == nullptr ? "wpa_supplicant" : chosen;
+        words = in_namespace(setup.address,
+                             {program, "-D" + setup.driver, "-iwlan0", "-c" + config_path()});
+    }
     const std::vector<char*> arguments = pointers(words);
     const std::string log = folder() + "/log";
     process_ = std::make_unique<Process>([&] {

@@ -84,7 +84,8 @@ bool remove_whole(const std::string& path)
 
 bool reads(pid_t pid)
 {
-    return process_file(pid, "syscall").starts_with(std::to_string(SYS_read) + " 0x0 ");
+    const std::string call = contents("/proc/" + std::to_string(pid) + "/syscall");
+    return call.starts_with(std::to_string(SYS_read) + " 0x0 ");
 }
 
 struct Pipe {
@@ -145,7 +146,7 @@ bool read_some(int descriptor, std::string& text)
 
 Signals signals_in(pid_t pid, const std::string& field)
 {
-    const std::string status = process_file(pid, "status");
+    const std::string status = contents("/proc/" + std::to_string(pid) + "/status");
     const auto bits = std::stoull(status.substr(status.find(field) + field.size()), nullptr, 16);
     Signals result;
     for (int signal = 1; signal < 32; ++signal) // the others are for real time
@@ -260,11 +261,6 @@ std::string contents(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
-}
-
-std::string process_file(pid_t pid, const std::string& name)
-{
-    return contents("/proc/" + std::to_string(pid) + '/' + name);
 }
 
 void wait_until(const std::string& what, const std::function<bool()>& condition)

@@ -69,8 +69,6 @@ Signals caught_signals(pid_t pid);
 
 /// The whole file; empty if it cannot be read.
 std::string contents(const std::string& path);
-/// The contents of /proc/PID/`name`.
-std::string process_file(pid_t pid, const std::string& name);
 
 /// Waits until `condition` is true. After a minute, throws an error that names `what`.
 void wait_until(const std::string& what, const std::function<bool()>& condition);

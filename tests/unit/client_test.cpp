@@ -49,35 +49,13 @@ constexpr const char* connect_timeout_variable = "CORVANE_WIFI_CONNECT_TIMEOUT_M
 const std::string timed_out = "Timed out waiting for wpa_supplicant.";
 const std::string nobody_there = "Could not connect to wpa_supplicant: No such file or directory";
 
-/// Sets or unsets an environment variable until the end of the scope.
-class Variable {
-public:
-    Variable(const char* name, const std::optional<std::string>& value)
-        : name_(name)
-    {
-        if (const char* before = std::getenv(name))
-            before_ = before;
-        set(value);
-    }
-    ~Variable()
-    {
-        set(before_);
-    }
-    Variable(const Variable&) = delete;
-    Variable& operator=(const Variable&) = delete;
-
-private:
-    void set(const std::optional<std::string>& value)
-    {
-        if (value)
-            setenv(name_, value->c_str(), 1);
-        else
-            unsetenv(name_);
-    }
-
-    const char* name_;
-    std::optional<std::string> before_;
-};
+void set_variable(const char* name, const std::optional<std::string>& value)
+{
+    if (value)
+        setenv(name, value->c_str(), 1);
+    else
+        unsetenv(name);
+}
 
 Client client_at(const std::string& path)
 {
@@ -116,10 +94,16 @@ const Script idle_script = {{"STATUS", {reply(idle_status)}},
 /// A client of a supplicant without networks, which refuses nothing and calls each new profile 5.
 class WithSupplicant : public testing::Test {
 protected:
+    void SetUp() override
+    {
+        set_variable(socket_variable, {});
+        set_variable(scan_delay_variable, "0");
+        set_variable(connect_timeout_variable, {});
+    }
     void TearDown() override
     {
         EXPECT_THAT(socket_files(), IsEmpty());
-        EXPECT_LE(open_descriptors(), descriptors_); // fewer after the supplicant's death
+        EXPECT_EQ(open_descriptors(), descriptors_);
     }
 
     auto polls() const
@@ -127,9 +111,6 @@ protected:
         return std::ranges::count(supplicant.requests(), "STATUS");
     }
 
-    Variable socket_{socket_variable, {}};
-    Variable scan_delay_{scan_delay_variable, "0"};
-    Variable connect_timeout_{connect_timeout_variable, {}};
     FakeSupplicant supplicant{idle_script};
     Client client = client_at(supplicant.path());
 
@@ -269,17 +250,16 @@ class SocketPath : public WithSupplicant { };
 
 TEST_F(SocketPath, ComesFromTheEnvironmentOnceIfNoneIsGiven)
 {
-    std::optional<Variable> socket;
-    socket.emplace(socket_variable, supplicant.path());
+    set_variable(socket_variable, supplicant.path());
     const Client clients[] = {QString(), u""_s};
-    socket.reset();
+    set_variable(socket_variable, {});
     for (const Client& without_path : clients)
         EXPECT_EQ(without_path.command("PING", 3000), "UNKNOWN COMMAND");
 }
 
 TEST_F(SocketPath, IsTheGivenOneWhateverTheEnvironmentSays)
 {
-    const Variable socket(socket_variable, supplicant.folder() + "/none");
+    set_variable(socket_variable, supplicant.folder() + "/none");
     EXPECT_EQ(client_at(supplicant.path()).command("PING", 3000), "UNKNOWN COMMAND");
 }
 
@@ -291,7 +271,7 @@ TEST_F(SocketPath, StaysEmptyWhenTheVariableIs)
     ASSERT_EQ(bind(anyone, reinterpret_cast<const sockaddr*>(&abstract),
                    offsetof(sockaddr_un, sun_path) + 1),
               0);
-    const Variable socket(socket_variable, "");
+    set_variable(socket_variable, "");
     EXPECT_EQ(error_of([] { Client(QString()).command("PING", 3000); }),
               "Could not connect to wpa_supplicant: Connection refused");
     close(anyone);
@@ -513,13 +493,13 @@ TEST_F(Listing, StopsWhenTheScanIsRefused)
 
 TEST_F(Listing, DoesNotSleepWithoutAScan)
 {
-    const Variable delay(scan_delay_variable, "20000");
+    set_variable(scan_delay_variable, "20000");
     EXPECT_LT(duration_of([&] { client.networks(false); }), 10s);
 }
 
 TEST_F(Listing, SleepsAlsoWhenAScanIsUnderWay)
 {
-    const Variable delay(scan_delay_variable, "300");
+    set_variable(scan_delay_variable, "300");
     supplicant.on("SCAN", {reply("FAIL-BUSY\n")});
     EXPECT_GE(duration_of([&] { client.networks(true); }), 300ms);
 }
@@ -535,7 +515,7 @@ class ScanDelay : public WithSupplicant, public testing::WithParamInterface<Dela
 
 TEST_P(ScanDelay, ComesFromTheEnvironment)
 {
-    const Variable delay(scan_delay_variable, GetParam().value);
+    set_variable(scan_delay_variable, GetParam().value);
     const auto duration = duration_of([&] { client.networks(true); });
     EXPECT_GE(duration, GetParam().least);
     EXPECT_LT(duration, GetParam().most);
@@ -699,7 +679,7 @@ class ConnectTimeout : public WithSupplicant, public testing::WithParamInterface
 
 TEST_P(ConnectTimeout, ComesFromTheEnvironmentOrTheCaller)
 {
-    const Variable timeout(connect_timeout_variable, GetParam().variable);
+    set_variable(connect_timeout_variable, GetParam().variable);
     const std::map<std::string, std::function<void()>> connects = {
         {"Home", [&] { client.connect_saved(0, u"Home"_s, GetParam().timeout_ms); }},
         {"Home2",
@@ -745,7 +725,7 @@ TEST_F(Connecting, ReadsTheTimeoutAfterTheSelection)
         [&] { other.connect_saved(0, u"Home"_s, 500); },
         [&] { other.connect_new(u"Home2"_s, Security::Open, u""_s, 500); }};
     for (const auto& connect : connects) {
-        const Variable timeout(connect_timeout_variable, {});
+        set_variable(connect_timeout_variable, {});
         EXPECT_EQ(error_of(connect), "no error");
     }
     peer.stop();
