@@ -144,9 +144,10 @@ std::vector<Case> list_cases()
     Script levels = no_networks();
     levels["SCAN_RESULTS"] = {
         reply(scan_results("02:00:00:00:01:00\t2412\t-100\t[ESS]\tFaint\n"
-                           "02:00:00:00:02:00\t2437\t-99\t[ESS]\tCaf\u00e9 \"\\ \u2615\n"))};
+                           "02:00:00:00:02:00\t2437\t-99\t[ESS]\tCaf\u00e9 \"\\\\ \u2615\n"))};
     const std::string levels_json = "["
-        + json_row("02:00:00:00:02:00", false, 2437, -1, "open", -99, "Caf\u00e9 \\\"\\\\ \u2615")
+        + json_row("02:00:00:00:02:00", false, 2437, -1, "open", -99,
+                   "Caf\u00e9 \\\"\\\\\\\\ \u2615")
         + "," + json_row("02:00:00:00:01:00", false, 2412, -1, "open", -100, "Faint") + "]\n";
     return {
         row("ListScansAndPrintsTheTable", {"list"}, table, list_requests),
@@ -160,7 +161,7 @@ std::vector<Case> list_cases()
         row("ARefusedScanEndsTheListing", {"list", "--json"},
             failure("Could not start Wi-Fi scan: FAIL"), {"SCAN"}, "", replies("SCAN", "FAIL\n")),
         row("TheTableTellsALevelFromNone", {"list"},
-            success("1.   Caf\u00e9 \"\\ \u2615  [open, -99 dBm]\n2.   Faint  [open, saved]\n"),
+            success("1.   Caf\u00e9 \"\\\\ \u2615  [open, -99 dBm]\n2.   Faint  [open, saved]\n"),
             list_requests, "", levels),
         row("JsonEscapesNoMoreThanItMust", {"list", "--json"}, success(levels_json), list_requests,
             "", levels),
