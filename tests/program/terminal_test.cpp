@@ -173,6 +173,7 @@ TEST(PasswordOption, ReadsFromATerminalWithEcho)
     const termios before = terminal.settings();
     terminal.wait_until_reading();
     EXPECT_EQ(terminal.settings(), before);
+    EXPECT_EQ(ignored_signals(terminal.pid()), Signals{});
     EXPECT_EQ(caught_signals(terminal.pid()), Signals{});
     terminal.type(password + "\n");
     EXPECT_EQ(terminal.finish(), success(password + "\r\nConnected to Home2.\r\n"));
