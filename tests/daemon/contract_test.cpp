@@ -9,7 +9,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -25,13 +24,8 @@ struct Exchange {
 
 void expect(const Daemon& daemon, const std::vector<Exchange>& exchanges)
 {
-    for (const auto& [request, expected] : exchanges) {
-        const std::string reply = daemon.ask(request);
-        std::ostringstream wanted;
-        expected.DescribeTo(&wanted);
-        EXPECT_TRUE(expected.Matches(reply)) << request << ": " << testing::PrintToString(reply)
-                                             << ", expected a reply that " << wanted.str();
-    }
+    for (const auto& [request, expected] : exchanges)
+        EXPECT_THAT(daemon.ask(request), expected) << request;
 }
 
 /// The reply to LIST_NETWORKS: a line per profile, with '|' for a tab.

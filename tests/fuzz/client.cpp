@@ -205,10 +205,6 @@ struct Operation {
     {
         return word == "open" || word == "personal";
     }
-    bool connects() const
-    {
-        return word == "saved" || adds();
-    }
 };
 
 void run(const Operation& operation)

@@ -2,7 +2,7 @@
 // Copyright (c) The corvane-wifi authors
 
 // Proves how the program handles failures that interruption_test cannot cause or observe: a
-// truncated request, unused socket numbers, a prompt that cannot hide input, and messages of Qt.
+// truncated request, a prompt that cannot hide input, and messages of Qt.
 
 #include "support/pick.hpp"
 #include "support/rows.hpp"
@@ -23,11 +23,9 @@ struct FailingCall {
 
 namespace {
 
-const std::vector<std::string> connect_home2 = {"connect", "--password-stdin", "Home2"};
-
 void ignore_ending_signals()
 {
-    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM})
+    for (const int signal : ending_signals)
         std::signal(signal, SIG_IGN);
 }
 
@@ -44,18 +42,6 @@ TEST(ShortSend, IsAFailure)
     EXPECT_EQ(supplicant.requests(), Requests{"SCA"});
 }
 
-TEST(RefusedSocket, DoesNotUseUpANumber)
-{
-    // Only the removal after a failure shows the next number.
-    FakeSupplicant supplicant;
-    run(connect_home2, environment_for(supplicant.path(), fault("socket", EMFILE, 6)),
-        "home2-password\n");
-    EXPECT_THAT(supplicant.records().back().sender, testing::EndsWith("-5"));
-    run(connect_home2, environment_for(supplicant.path(), fault("bind", ENOSPC, 6)),
-        "home2-password\n");
-    EXPECT_THAT(supplicant.records().back().sender, testing::EndsWith("-6"));
-}
-
 TEST_P(HiddenEntry, ShowsTheInputWhenACallFails)
 {
     const auto& [name, call, error, nth] = GetParam();
@@ -63,7 +49,7 @@ TEST_P(HiddenEntry, ShowsTheInputWhenACallFails)
     pick.choose_home2();
     pick.wait_until_reading();
     EXPECT_EQ(pick.settings(), pick.before);
-    EXPECT_EQ(dispositions_of(pick.pid()), (Dispositions{ending_signals, 0}));
+    EXPECT_EQ(ignored_signals(pick.pid()), ending_signals);
     pick.type("home2-password\n");
     EXPECT_EQ(pick.finish(), success(asked_screen + "home2-password\r\n" + connected_screen));
     EXPECT_EQ(pick.settings(), pick.before);

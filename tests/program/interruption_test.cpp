@@ -168,16 +168,6 @@ struct Trial {
     std::string trace = {};
 };
 
-std::string complete_trace(const std::string& log)
-{
-    std::string trace;
-    wait_until("the trace is complete", [&] {
-        trace = contents(log);
-        return trace.find("+++ ") != std::string::npos;
-    });
-    return trace;
-}
-
 Trial attempt(const Action& action, const Disturbance& disturbance = {})
 {
     const FakeSupplicant supplicant(action.script);
@@ -199,8 +189,10 @@ Trial attempt(const Action& action, const Disturbance& disturbance = {})
         trial.outcome = terminal.finish(questions);
         trial.terminal_restored = terminal.settings() == before;
     }
-    if (!tracer.empty())
-        trial.trace = complete_trace(log);
+    wait_until("the trace is complete", [&] {
+        trial.trace = contents(log);
+        return tracer.empty() || trial.trace.find("+++ ") != std::string::npos;
+    });
 
     // Once this is answered, all earlier requests have been read.
     cvn::wifi::Client(QString::fromStdString(supplicant.path())).command("PING", 30000);

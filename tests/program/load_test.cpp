@@ -18,7 +18,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <future>
 #include <iostream>
 #include <iterator>
@@ -36,7 +35,7 @@ int count(const char* name, int quick)
 }
 
 /// Reports a connection to a network named after the sender, so that no two get the same reply.
-class Mirror : public ManualSupplicant {
+class Mirror : public Peer {
 public:
     Mirror()
         : thread_([this] {
@@ -86,20 +85,6 @@ void expect_own_reply(const Outcome& outcome)
               (Outcome{0, pid + "\nState: STATUS\nNetwork: " + own + "\nAddress: \n", ""}));
 }
 
-Client client_of(const ManualSupplicant& supplicant)
-{
-    return {QString::fromStdString(supplicant.path())};
-}
-
-void in_threads(int threads, const std::function<void(int)>& function)
-{
-    std::vector<std::future<void>> running;
-    for (int i = 0; i < threads; ++i)
-        running.push_back(std::async(std::launch::async, function, i));
-    for (std::future<void>& thread : running)
-        thread.get();
-}
-
 void call_from_one_thread(const Client& client, int calls)
 {
     const QString path = "/tmp/corvane-wpa-" + QString::number(getpid()) + '-';
@@ -110,13 +95,16 @@ void call_from_one_thread(const Client& client, int calls)
 
 void call_from_eight_threads(const Client& client, int calls)
 {
-    in_threads(8, [&](int thread) {
+    const auto call = [&](int thread) {
         for (int i = 0; i < calls / 8; ++i) {
             const QByteArray request = "CALL " + QByteArray::number(i) + " OF "
                 + QByteArray::number(thread);
             ASSERT_TRUE(client.command(request, 30000).startsWith("wpa_state=" + request + '\n'));
         }
-    });
+    };
+    std::vector<std::future<void>> threads; // each ends when its future does
+    for (int thread = 0; thread < 8; ++thread)
+        threads.push_back(std::async(std::launch::async, call, thread));
 }
 
 struct Resources {
@@ -179,7 +167,7 @@ TEST(ManyCalls, GetTheirOwnRepliesAndLeaveNothingBehind)
 {
     const int calls = count("CORVANE_LOAD_CALLS", 4000);
     const Mirror supplicant;
-    const Client client = client_of(supplicant);
+    const Client client(QString::fromStdString(supplicant.path()));
     const auto make = [&](int half) {
         call_from_one_thread(client, half);
         call_from_eight_threads(client, half);
@@ -202,8 +190,8 @@ TEST(ManyCalls, WaitWhileTheQueueIsFull)
     std::ifstream("/proc/sys/net/unix/max_dgram_qlen") >> queue;
     const int threads = queue + 10;
     std::vector<std::future<QByteArray>> replies; // end with the supplicant at the latest
-    const ManualSupplicant supplicant;
-    const Client client = client_of(supplicant);
+    const Peer supplicant;
+    const Client client(QString::fromStdString(supplicant.path()));
     for (int thread = 0; thread < threads; ++thread)
         replies.push_back(std::async(std::launch::async, [client, thread] {
             return client.command("CALL " + QByteArray::number(thread), 30000);

@@ -134,12 +134,3 @@ INSTANTIATE_TEST_SUITE_P(, Password,
                                          Entry{"PickByPipe", pick_by_pipe},
                                          Entry{"PickAtATerminal", pick_at_terminal}),
                          by_name);
-
-// Replies are part of the messages. Those of wpa_supplicant itself quote no request.
-TEST(HostileReply, ThatQuotesThePasswordIsPrintedAsItIs)
-{
-    const std::string request = "SET_NETWORK 3 psk \"" + password + '"';
-    const FakeSupplicant supplicant(replies("SET_NETWORK 3 psk", "FAIL " + request + "\n"));
-    EXPECT_EQ(connect_by_pipe(supplicant.path(), password),
-              failure("Could not set WPA password: FAIL " + request));
-}

@@ -64,8 +64,8 @@ TEST(HiddenEntry, PromptsThenDropsWhatWasTypedAheadAndTurnsEchoOff)
     pick.wait_for(on_screen(ahead));
     pick.wait_until_typed();
     EXPECT_EQ(pick.settings(), pick.before);
-    EXPECT_EQ(dispositions_of(pick.pid()).caught, ending_signals);
-    pick.send_signal(SIGCONT);
+    EXPECT_EQ(caught_signals(pick.pid()), ending_signals);
+    kill(pick.pid(), SIGCONT);
     pick.wait_for_echo(false);
     pick.wait_until_reading();
     pick.type(password + "\n");
@@ -81,7 +81,7 @@ TEST(HiddenEntry, DropsWhatWasTypedAfterThePassword)
     pick.wait_until_stopped();
     pick.type("typed without echo\n");
     pick.wait_until_typed();
-    pick.send_signal(SIGCONT);
+    kill(pick.pid(), SIGCONT);
     EXPECT_EQ(pick.finish(), success(asked_screen + connected_screen));
     EXPECT_EQ(pick.unread(), "");
 }
@@ -111,17 +111,20 @@ TEST(HiddenEntry, ReportsTheEndOfInput)
 
 TEST(HiddenEntry, CatchesTheFourSignalsForItsDurationOnly)
 {
-    const Dispositions two_ignored = {signal_set({SIGHUP, SIGINT}), 0};
+    const Signals two = {SIGHUP, SIGINT};
     Pick pick({}, {{"ADD_NETWORK", {silence()}}}, [] {
         std::signal(SIGHUP, SIG_IGN);
         std::signal(SIGINT, SIG_IGN);
     });
-    EXPECT_EQ(dispositions_of(pick.pid()), two_ignored);
+    EXPECT_EQ(ignored_signals(pick.pid()), two);
+    EXPECT_EQ(caught_signals(pick.pid()), Signals{});
     pick.choose_home2_and_hide();
-    EXPECT_EQ(dispositions_of(pick.pid()), (Dispositions{0, ending_signals}));
+    EXPECT_EQ(ignored_signals(pick.pid()), Signals{});
+    EXPECT_EQ(caught_signals(pick.pid()), ending_signals);
     pick.type(password + "\n");
     ASSERT_TRUE(pick.wait_for_request("ADD_NETWORK"));
-    EXPECT_EQ(dispositions_of(pick.pid()), two_ignored);
+    EXPECT_EQ(ignored_signals(pick.pid()), two);
+    EXPECT_EQ(caught_signals(pick.pid()), Signals{});
     EXPECT_EQ(pick.settings(), pick.before);
 }
 
@@ -130,21 +133,20 @@ TEST_P(SignalAtThePassword, RestoresTheTerminalAndEndsTheProgram)
     Pick pick;
     pick.choose_home2_and_hide();
     pick.type("half a pass");
-    pick.send_signal(GetParam());
+    kill(pick.pid(), GetParam());
     EXPECT_EQ(pick.finish(), (Outcome{128 + GetParam(), asked_screen}));
     EXPECT_EQ(pick.settings(), pick.before);
     EXPECT_EQ(pick.requests(), list_requests);
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, SignalAtThePassword,
-                         testing::Values(SIGHUP, SIGINT, SIGQUIT, SIGTERM),
+INSTANTIATE_TEST_SUITE_P(Each, SignalAtThePassword, testing::ValuesIn(ending_signals),
                          [](const auto& row) { return signal_name(row.param); });
 
 TEST(SignalHandler, RunsNoExitHandlers)
 {
     Pick pick(fault("_exit", -SIGKILL)); // exit() does not call the _exit() that is replaced
     pick.choose_home2_and_hide();
-    pick.send_signal(SIGTERM);
+    kill(pick.pid(), SIGTERM);
     EXPECT_EQ(pick.finish().status, -SIGKILL);
     EXPECT_EQ(pick.settings(), pick.before);
 }
@@ -157,8 +159,8 @@ TEST(SignalAfterThePassword, KeepsWhatWasTyped)
     pick.wait_until_stopped();
     pick.type("for the next program\n");
     pick.wait_until_typed();
-    pick.send_signal(SIGTERM);
-    pick.send_signal(SIGCONT);
+    kill(pick.pid(), SIGTERM);
+    kill(pick.pid(), SIGCONT);
     EXPECT_EQ(pick.finish(), (Outcome{143, asked_screen + "\r\n"}));
     EXPECT_EQ(pick.settings(), pick.before);
     EXPECT_EQ(pick.unread(), "for the next program\n");
@@ -171,7 +173,8 @@ TEST(PasswordOption, ReadsFromATerminalWithEcho)
     const termios before = terminal.settings();
     terminal.wait_until_reading();
     EXPECT_EQ(terminal.settings(), before);
-    EXPECT_EQ(dispositions_of(terminal.pid()), (Dispositions{0, 0}));
+    EXPECT_EQ(ignored_signals(terminal.pid()), Signals{});
+    EXPECT_EQ(caught_signals(terminal.pid()), Signals{});
     terminal.type(password + "\n");
     EXPECT_EQ(terminal.finish(), success(password + "\r\nConnected to Home2.\r\n"));
     EXPECT_EQ(terminal.settings(), before);

@@ -9,11 +9,11 @@
 
 #pragma once
 
+#include "support/program.hpp"
 #include "support/temporary_folder.hpp"
 
-#include <sys/types.h>
-
 #include <csignal>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -54,15 +54,15 @@ public:
     std::string config() const; ///< The file, without what only some releases write.
     std::string saved() const;  ///< The part of them that `profiles` was.
 
-    /// The reply to one request, line end included; empty when none came.
+    /// The reply to one request, line end included; empty from a daemon that has ended.
     std::string ask(const std::string& request) const;
     /// Asks until the reply holds `text` and returns it; after 30 s, whatever came last.
     std::string wait_for(const std::string& request, const std::string& text) const;
 
-    /// SIGKILL leaves a dead socket behind. Fails the test if the daemon does not end within 30 s.
+    /// SIGKILL leaves a dead socket behind.
     void end(int signal = SIGTERM);
 
 private:
     TemporaryFolder folder_;
-    pid_t pid_ = -1;
+    std::unique_ptr<Process> process_;
 };

@@ -4,10 +4,11 @@
 #include "support/fake_supplicant.hpp"
 
 #include "support/replies.hpp"
-#include "support/unix_address.hpp"
 
 #include <poll.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,29 +16,41 @@
 #include <cerrno>
 #include <system_error>
 
-ManualSupplicant::ManualSupplicant()
+namespace {
+
+sockaddr_un unix_address(const std::string& path)
+{
+    sockaddr_un address{AF_UNIX, {}};
+    path.copy(address.sun_path, sizeof(address.sun_path) - 1);
+    return address;
+}
+
+} // namespace
+
+Peer::Peer()
     : socket_(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0))
 {
-    if (bind(socket_, UnixAddress(path()).get(), UnixAddress::size) != 0)
+    const sockaddr_un address = unix_address(path());
+    if (bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0)
         throw std::system_error(errno, std::generic_category(), "bind");
 }
 
-ManualSupplicant::~ManualSupplicant()
+Peer::~Peer()
 {
     close_socket();
 }
 
-std::string ManualSupplicant::path() const
+std::string Peer::path() const
 {
     return folder() + "/wlan0";
 }
 
-std::string ManualSupplicant::folder() const
+std::string Peer::folder() const
 {
     return folder_.path();
 }
 
-Request ManualSupplicant::receive(int timeout_ms) const
+Request Peer::receive(int timeout_ms) const
 {
     pollfd waiting{socket_, POLLIN, 0};
     if (poll(&waiting, 1, timeout_ms) <= 0)
@@ -54,32 +67,27 @@ Request ManualSupplicant::receive(int timeout_ms) const
     return {{bytes.data(), static_cast<size_t>(size)}, sender.sun_path, file.st_mode & 07777};
 }
 
-int ManualSupplicant::send(const std::string& to, const std::string& bytes) const
+int Peer::send(const std::string& to, const std::string& bytes) const
 {
-    const UnixAddress address(to);
-    const ssize_t sent = sendto(socket_, bytes.data(), bytes.size(), 0, address.get(),
-                                UnixAddress::size);
+    const sockaddr_un address = unix_address(to);
+    const ssize_t sent = sendto(socket_, bytes.data(), bytes.size(), 0,
+                                reinterpret_cast<const sockaddr*>(&address), sizeof(address));
     return sent < 0 ? errno : 0;
 }
 
-void ManualSupplicant::stop() const
+void Peer::stop() const
 {
     shutdown(socket_, SHUT_RD);
 }
 
-void ManualSupplicant::close_socket()
+void Peer::close_socket()
 {
     if (socket_ >= 0)
         close(socket_);
     socket_ = -1;
 }
 
-Answer reply(std::string datagram)
-{
-    return {{std::move(datagram)}};
-}
-
-Answer late_reply(std::chrono::milliseconds delay, std::string datagram)
+Answer reply(std::string datagram, std::chrono::milliseconds delay)
 {
     return {{std::move(datagram)}, delay};
 }
@@ -92,11 +100,6 @@ Answer silence()
 Answer last_reply(std::string datagram)
 {
     return {{std::move(datagram)}, {}, true};
-}
-
-Answer death()
-{
-    return {{}, {}, true};
 }
 
 Script replies(const std::string& words, const std::string& text)

@@ -27,18 +27,18 @@ struct Request {
     mode_t sender_mode = 0; ///< Permission bits of that file when the request was read.
 };
 
-/// Receives and replies only when the test says so.
-class ManualSupplicant {
+/// A datagram socket with a file of its own. Receives and sends only when the test says so.
+class Peer {
 public:
-    ManualSupplicant();
-    ~ManualSupplicant();
-    ManualSupplicant(const ManualSupplicant&) = delete;
-    ManualSupplicant& operator=(const ManualSupplicant&) = delete;
+    Peer();
+    ~Peer();
+    Peer(const Peer&) = delete;
+    Peer& operator=(const Peer&) = delete;
 
     std::string path() const;
-    std::string folder() const; ///< Holds the socket; removed with the supplicant.
+    std::string folder() const; ///< Holds the socket; removed with it.
 
-    /// Waits for the next request. Without one in time, or after stop(), `sender` is empty.
+    /// Waits for the next one. Without one in time, or after stop(), `sender` is empty.
     Request receive(int timeout_ms = 30000) const;
     /// Sends to the socket file `to`. Returns 0 or the error number.
     int send(const std::string& to, const std::string& bytes) const;
@@ -57,11 +57,9 @@ struct Answer {
     bool last = false; ///< The socket is removed before the requester gets the answer.
 };
 
-Answer reply(std::string datagram);
-Answer late_reply(std::chrono::milliseconds delay, std::string datagram);
+Answer reply(std::string datagram, std::chrono::milliseconds delay = {});
 Answer silence();
 Answer last_reply(std::string datagram); ///< A reply from a supplicant that exits.
-Answer death();                          ///< No reply: the supplicant exits.
 
 using Script = std::map<std::string, std::vector<Answer>>;
 using Requests = std::vector<std::string>;
@@ -74,7 +72,7 @@ Script no_networks(); ///< Neither scanned nor saved.
 
 /// Connected to Twins as profile 1, with the networks of `network_table` around. It replies OK to
 /// whatever changes something, and is connected to Home2 as profile 3 from the second STATUS on.
-class FakeSupplicant : private ManualSupplicant {
+class FakeSupplicant : private Peer {
 public:
     explicit FakeSupplicant(Script changes = {});
     ~FakeSupplicant();
@@ -83,8 +81,8 @@ public:
     /// longest match wins. The n-th such request gets the n-th answer; the last one is repeated.
     void on(const std::string& words, std::vector<Answer> answers);
 
-    using ManualSupplicant::folder;
-    using ManualSupplicant::path;
+    using Peer::folder;
+    using Peer::path;
     std::vector<Request> records() const;
     Requests requests() const; ///< The bytes of records().
 

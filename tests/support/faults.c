@@ -2,10 +2,10 @@
 // Copyright (c) The corvane-wifi authors
 
 // Preloaded into the program under test. CORVANE_TEST_FAULT="CALL NTH ERROR" makes the NTH call of
-// that name fail with errno ERROR. With ERROR 0, send() drops the last byte; with ERROR -N, signal
-// N is raised before the call. Only the program's own calls count: on local datagram sockets, on
-// standard input, and for the signals that end a program. "malloc" is any allocation. "setlocale"
-// lets Qt warn at start, as some builds do in a locale that is not UTF-8.
+// that name fail with errno ERROR, or raises signal N before the call if ERROR is -N. send() does
+// not fail but drops the last byte. Only the program's own calls count: on standard input, and for
+// the signals that end a program. "malloc" is any allocation. "setlocale" lets Qt warn at start, as
+// some builds do in a locale that is not UTF-8.
 
 #define _GNU_SOURCE
 #include <dlfcn.h>
@@ -20,8 +20,8 @@
 #include <termios.h>
 #include <unistd.h>
 
-/// The error to fail with, or -1 to make the real call.
-static int fault_in(const char* call)
+/// Whether this call is to fail. Sets errno then.
+static int failed(const char* call)
 {
     static int calls = 0;
     const char* fault = getenv("CORVANE_TEST_FAULT");
@@ -29,20 +29,13 @@ static int fault_in(const char* call)
     int nth = 0;
     int error = 0;
     if (fault == NULL || sscanf(fault, "%31s %d %d", name, &nth, &error) != 3)
-        return -1;
-    if (strcmp(name, call) != 0 || ++calls != nth)
-        return -1;
-    if (error >= 0)
-        return error;
-    raise(-error);
-    return -1;
-}
-
-static int failed(const char* call)
-{
-    const int error = fault_in(call);
-    if (error < 0)
         return 0;
+    if (strcmp(name, call) != 0 || ++calls != nth)
+        return 0;
+    if (error < 0) {
+        raise(-error);
+        return 0;
+    }
     errno = error;
     return 1;
 }
@@ -50,19 +43,6 @@ static int failed(const char* call)
 static void* real(const char* name)
 {
     return dlsym(RTLD_NEXT, name);
-}
-
-int socket(int domain, int type, int protocol)
-{
-    int (*const call)(int, int, int) = real("socket");
-    const int ours = domain == AF_UNIX && type == SOCK_DGRAM;
-    return ours && failed("socket") ? -1 : call(domain, type, protocol);
-}
-
-int bind(int descriptor, const struct sockaddr* address, socklen_t length)
-{
-    int (*const call)(int, const struct sockaddr*, socklen_t) = real("bind");
-    return failed("bind") ? -1 : call(descriptor, address, length);
 }
 
 int chmod(const char* path, mode_t mode)
@@ -74,12 +54,7 @@ int chmod(const char* path, mode_t mode)
 ssize_t send(int descriptor, const void* bytes, size_t size, int flags)
 {
     ssize_t (*const call)(int, const void*, size_t, int) = real("send");
-    const int error = fault_in("send");
-    if (error < 0)
-        return call(descriptor, bytes, size, flags);
-    const ssize_t sent = error == 0 ? call(descriptor, bytes, size - 1, flags) : -1;
-    errno = error;
-    return sent;
+    return call(descriptor, bytes, failed("send") ? size - 1 : size, flags);
 }
 
 int tcgetattr(int descriptor, struct termios* settings)
@@ -153,7 +128,7 @@ char* setlocale(int category, const char* locale)
 
 void _exit(int status)
 {
-    fault_in("_exit");
+    failed("_exit");
     // Without this, a program that is counted for coverage loses its counters here.
     void (*const dump)(void) = dlsym(RTLD_DEFAULT, "__gcov_dump");
     if (dump != NULL)

@@ -34,16 +34,11 @@ public:
         wait_until_reading();
     }
 
-    void send_signal(int signal) const
-    {
-        kill(pid(), signal);
-    }
-
     termios before{}; ///< The settings at the first prompt.
 };
 
 /// The signals on which the program restores the terminal.
-inline const std::uint64_t ending_signals = signal_set({SIGHUP, SIGINT, SIGQUIT, SIGTERM});
+inline const Signals ending_signals = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
 /// The screen up to the password.
 inline const std::string asked_screen = on_screen(network_table
                                                   + "Network number: 5\nWi-Fi password: ");

@@ -21,7 +21,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
@@ -69,15 +68,6 @@ public:
     }
 
 private:
-    static std::vector<char*> pointers(std::vector<std::string>& strings)
-    {
-        std::vector<char*> result;
-        for (std::string& string : strings)
-            result.push_back(string.data());
-        result.push_back(nullptr);
-        return result;
-    }
-
     std::vector<std::string> words_;
     std::vector<std::string> settings_;
     std::vector<char*> argv_;
@@ -94,7 +84,8 @@ bool remove_whole(const std::string& path)
 
 bool reads(pid_t pid)
 {
-    return process_file(pid, "syscall").starts_with(std::to_string(SYS_read) + " 0x0 ");
+    const std::string call = contents("/proc/" + std::to_string(pid) + "/syscall");
+    return call.starts_with(std::to_string(SYS_read) + " 0x0 ");
 }
 
 struct Pipe {
@@ -153,6 +144,19 @@ bool read_some(int descriptor, std::string& text)
     return size > 0;
 }
 
+Signals signals_in(pid_t pid, const std::string& field)
+{
+    const std::string status = contents("/proc/" + std::to_string(pid) + "/status");
+    const auto bits = std::stoull(status.substr(status.find(field) + field.size()), nullptr, 16);
+    Signals result;
+    for (int signal = 1; signal < 32; ++signal) // the others are for real time
+        if ((bits >> (signal - 1) & 1) != 0)
+            result.insert(signal);
+    for (const int of_sanitizers : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP})
+        result.erase(of_sanitizers);
+    return result;
+}
+
 /// The options of a sanitizer so far, ready for one more.
 std::string options_before(const char* name)
 {
@@ -169,6 +173,15 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
     for (const std::string& number : outcome.left)
         stream << "\nleft socket " << number;
     return stream;
+}
+
+std::vector<char*> pointers(std::vector<std::string>& strings)
+{
+    std::vector<char*> result;
+    for (std::string& string : strings)
+        result.push_back(string.data());
+    result.push_back(nullptr);
+    return result;
 }
 
 std::vector<std::string> socket_files_of(pid_t pid, int numbers)
@@ -234,45 +247,20 @@ Environment fault(const std::string& call, int error, int nth)
     };
 }
 
-std::ostream& operator<<(std::ostream& stream, const Dispositions& dispositions)
+Signals ignored_signals(pid_t pid)
 {
-    return stream << std::hex << "ignored " << dispositions.ignored << ", caught "
-                  << dispositions.caught << std::dec;
+    return signals_in(pid, "SigIgn:");
 }
 
-std::uint64_t signal_set(const std::vector<int>& signals)
+Signals caught_signals(pid_t pid)
 {
-    std::uint64_t result = 0;
-    for (const int signal : signals)
-        result |= std::uint64_t{1} << (signal - 1);
-    return result;
-}
-
-Dispositions dispositions_of(pid_t pid)
-{
-    const std::uint64_t real_time = ~std::uint64_t{0} << 31;
-    const std::uint64_t not_compared = real_time
-        | signal_set({SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP});
-    std::istringstream lines(process_file(pid, "status"));
-    Dispositions result;
-    for (std::string line; std::getline(lines, line);) {
-        if (line.starts_with("SigIgn:"))
-            result.ignored = std::stoull(line.substr(7), nullptr, 16) & ~not_compared;
-        if (line.starts_with("SigCgt:"))
-            result.caught = std::stoull(line.substr(7), nullptr, 16) & ~not_compared;
-    }
-    return result;
+    return signals_in(pid, "SigCgt:");
 }
 
 std::string contents(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
-}
-
-std::string process_file(pid_t pid, const std::string& name)
-{
-    return contents("/proc/" + std::to_string(pid) + '/' + name);
 }
 
 void wait_until(const std::string& what, const std::function<bool()>& condition)
@@ -316,9 +304,14 @@ Process::Process(const std::function<void()>& main)
 
 Process::~Process()
 {
+    end_by(SIGKILL);
+}
+
+void Process::end_by(int signal)
+{
     if (id_ == 0)
         return;
-    kill(id_, SIGKILL);
+    kill(id_, signal);
     try {
         end();
     } catch (const std::exception& error) {

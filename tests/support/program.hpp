@@ -10,11 +10,11 @@
 #include <sys/types.h>
 #include <termios.h>
 
-#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
 #include <ostream>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -42,6 +42,9 @@ std::string on_screen(const std::string& text);
 /// connections, LC_ALL=C, and what `more` sets on top.
 Environment environment_for(const std::string& socket, const Environment& more = {});
 
+/// What execve() takes. They point into `strings`.
+std::vector<char*> pointers(std::vector<std::string>& strings);
+
 /// Called in the new process just before it becomes the program. Only async-signal-safe functions
 /// may be used there.
 using Preparation = void (*)();
@@ -55,26 +58,17 @@ Outcome run(const std::vector<std::string>& arguments, const Environment& enviro
             const std::string& input = {}, Preparation prepare = nullptr,
             const std::vector<std::string>& tracer = {});
 
-/// Makes the `nth` call of that name fail, see faults.c: `fault("bind", ENOSPC)`. An error of 0
-/// cuts send() short; one of -N raises signal N before the call.
+/// Makes the `nth` call of that name fail, see faults.c: `fault("tcsetattr", EIO)`. An error of -N
+/// raises signal N before the call.
 Environment fault(const std::string& call, int error, int nth = 1);
 
-/// Signals of a process, signal n as the bit n - 1, without those that sanitizers use.
-struct Dispositions {
-    std::uint64_t ignored = 0;
-    std::uint64_t caught = 0;
-
-    bool operator==(const Dispositions&) const = default;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Dispositions& dispositions);
-Dispositions dispositions_of(pid_t pid);
-std::uint64_t signal_set(const std::vector<int>& numbers);
+using Signals = std::set<int>;
+/// Without those that sanitizers use.
+Signals ignored_signals(pid_t pid);
+Signals caught_signals(pid_t pid);
 
 /// The whole file; empty if it cannot be read.
 std::string contents(const std::string& path);
-/// The contents of /proc/PID/`name`.
-std::string process_file(pid_t pid, const std::string& name);
 
 /// Waits until `condition` is true. After a minute, throws an error that names `what`.
 void wait_until(const std::string& what, const std::function<bool()>& condition);
@@ -106,6 +100,8 @@ public:
     }
     bool has_ended() const;
     Outcome end(); ///< Waits for the end; without the outputs.
+    /// Sends the signal and waits for the end, if it has not ended. Without one, the test fails.
+    void end_by(int signal);
 
 private:
     pid_t id_;
