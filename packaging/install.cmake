@@ -36,7 +36,7 @@ if(CORVANE_BUILD_PANEL)
           DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT panel)
   install(FILES panel/corvane-wifi-panel.svg
           DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT panel)
-  install(FILES panel/corvane-wifi-panel.metainfo.xml
+  install(FILES panel/corvane-wifi-panel.metainfo.xml RENAME invalid.corvane_wifi.panel.metainfo.xml
           DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT panel)
 endif()
 

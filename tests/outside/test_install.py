@@ -18,7 +18,8 @@ INSTALLED = """
 """.split()
 PANEL = """
     bin/corvane-wifi-panel share/man/man1/corvane-wifi-panel.1
-    share/applications/corvane-wifi-panel.desktop share/metainfo/corvane-wifi-panel.metainfo.xml
+    share/applications/corvane-wifi-panel.desktop
+    share/metainfo/invalid.corvane_wifi.panel.metainfo.xml
     share/icons/hicolor/scalable/apps/corvane-wifi-panel.svg
 """.split()
 FOLDERS = {"schema": "share/corvane-wifi/schema", "examples": "share/doc/corvane-wifi/examples",
