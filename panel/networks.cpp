@@ -15,19 +15,21 @@ namespace {
 
 enum Role { NetworkRole = Qt::UserRole, SectionRole };
 
-/// "open", "password", "enterprise", "WEP" or, for what only a file can set up, "other".
-QString kind_of(const Network& network)
+/// "open", "password" or, for what only a file can set up, "other"; and the same in words.
+std::pair<QString, QString> security_of(const Network& network)
 {
+    const auto mentions = [&](QLatin1String word) { return network.flags.contains(word); };
     if (network.bssid.isEmpty())
         return {};
-    const auto mentions = [&](QLatin1String word) { return network.flags.contains(word); };
     if (mentions("EAP"_L1))
-        return u"enterprise"_s;
+        return {u"other"_s, Networks::tr("enterprise")};
     if (mentions("WEP"_L1))
-        return u"WEP"_s;
+        return {u"other"_s, u"WEP"_s};
     if (mentions("PSK"_L1) || mentions("SAE-"_L1))
-        return u"password"_s;
-    return network.security == cvn::wifi::Security::Open ? u"open"_s : u"other"_s;
+        return {u"password"_s, Networks::tr("with password")};
+    if (network.security == cvn::wifi::Security::Open)
+        return {u"open"_s, Networks::tr("open")};
+    return {u"other"_s, Networks::tr("other security")};
 }
 
 int bars_of(const Network& network)
@@ -63,12 +65,21 @@ bool comes_before(const QVariantMap& left, const QVariantMap& right)
 
 QVariantMap described(const Network& network)
 {
+    const QString name = readable(network.ssid);
     const auto [band, channel] = band_and_channel(network.frequency);
-    return {{u"ssid"_s, network.ssid},     {u"name"_s, readable(network.ssid)},
-            {u"bssid"_s, network.bssid},   {u"signal"_s, network.signal},
-            {u"bars"_s, bars_of(network)}, {u"band"_s, band},
-            {u"channel"_s, channel},       {u"kind"_s, kind_of(network)},
-            {u"id"_s, network.saved_id},   {u"saved"_s, network.saved_id >= 0}};
+    const auto [kind, security] = security_of(network);
+    return {{u"ssid"_s, network.ssid},
+            {u"name"_s, name},
+            {u"bssid"_s, network.bssid},
+            {u"isolated"_s, isolated(name)},
+            {u"bars"_s, bars_of(network)},
+            {u"signal"_s, network.signal},
+            {u"channel"_s, channel},
+            {u"band"_s, band},
+            {u"kind"_s, kind},
+            {u"security"_s, security},
+            {u"id"_s, network.saved_id},
+            {u"saved"_s, network.saved_id >= 0}};
 }
 
 void Networks::show(const std::vector<Network>& networks)

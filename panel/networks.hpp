@@ -19,6 +19,7 @@ class Networks : public QAbstractListModel {
     QML_ANONYMOUS
 
 public:
+    using QAbstractListModel::QAbstractListModel;
     void show(const std::vector<cvn::wifi::Network>& networks);
     void set_held(bool held);
 

@@ -119,10 +119,6 @@
         <translation>الشبكة ⁨%1⁩ ليست محفوظة.</translation>
     </message>
     <message>
-        <source>Timed out connecting to %1.</source>
-        <translation>انتهت مهلة الاتصال بالشبكة ⁨%1⁩.</translation>
-    </message>
-    <message>
         <source>Wi-Fi control socket path is too long.</source>
         <translation>مسار مقبس التحكم في Wi-Fi طويل جدًا.</translation>
     </message>
@@ -172,22 +168,6 @@
     <message>
         <source>very good signal</source>
         <translation>إشارة جيدة جدًا</translation>
-    </message>
-    <message>
-        <source>open</source>
-        <translation>مفتوحة</translation>
-    </message>
-    <message>
-        <source>with password</source>
-        <translation>بكلمة مرور</translation>
-    </message>
-    <message>
-        <source>enterprise</source>
-        <translation>للمؤسسات</translation>
-    </message>
-    <message>
-        <source>other security</source>
-        <translation>أمان آخر</translation>
     </message>
     <message>
         <source>Wi-Fi</source>
@@ -244,20 +224,8 @@
         <translation>الأمان</translation>
     </message>
     <message>
-        <source>open</source>
-        <translation>شبكة مفتوحة</translation>
-    </message>
-    <message>
         <source>WPA, with a password</source>
         <translation>بكلمة مرور (WPA)</translation>
-    </message>
-    <message>
-        <source>enterprise</source>
-        <translation>للمؤسسات</translation>
-    </message>
-    <message>
-        <source>other security</source>
-        <translation>أمان آخر</translation>
     </message>
     <message>
         <source>Signal</source>
@@ -314,6 +282,29 @@
     <message>
         <source>Keep</source>
         <translation>الاحتفاظ بها</translation>
+    </message>
+    <message>
+        <source>open</source>
+        <translation>شبكة مفتوحة</translation>
+    </message>
+</context>
+<context>
+    <name>Networks</name>
+    <message>
+        <source>enterprise</source>
+        <translation>للمؤسسات</translation>
+    </message>
+    <message>
+        <source>with password</source>
+        <translation>بكلمة مرور</translation>
+    </message>
+    <message>
+        <source>open</source>
+        <translation>مفتوحة</translation>
+    </message>
+    <message>
+        <source>other security</source>
+        <translation>أمان آخر</translation>
     </message>
 </context>
 <context>
