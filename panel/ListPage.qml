@@ -8,6 +8,8 @@ import QtQuick.Layouts
 Page {
     id: page
     readonly property bool idle: !Wifi.activity
+    readonly property var signalWords: [qsTr("out of range"), qsTr("weak signal"),
+        qsTr("fair signal"), qsTr("good signal"), qsTr("very good signal")]
 
     function open(network: var) {
         if (!idle || StackView.view.depth > 1)
@@ -20,10 +22,6 @@ Page {
     function details(network: var) {
         if (idle && StackView.view.depth === 1)
             StackView.view.show("NetworkPage.qml", network)
-    }
-    function signalWords(bars: int): string {
-        return [qsTr("out of range"), qsTr("weak signal"), qsTr("fair signal"),
-                qsTr("good signal"), qsTr("very good signal")][bars]
     }
 
     component Bars: Row {
@@ -142,7 +140,7 @@ Page {
                     page.details(network)
             }
             Accessible.name: [network.name, network.saved ? qsTr("saved") : "",
-                              page.signalWords(network.bars), network.security]
+                              page.signalWords[network.bars], network.security]
                              .filter(words => words).join(", ")
             contentItem: RowLayout {
                 spacing: 16
@@ -160,15 +158,12 @@ Page {
                     font.pixelSize: 14
                 }
                 Padlock { visible: row.network.kind === "password"; color: name.color }
-                AbstractButton {
+                Button {
                     Layout.preferredWidth: 48
                     Layout.preferredHeight: 48
-                    contentItem: Label {
-                        text: row.mirrored ? "\u2039" : "\u203a"
-                        font.pixelSize: 24
-                        horizontalAlignment: Text.AlignHCenter
-                        verticalAlignment: Text.AlignVCenter
-                    }
+                    flat: true
+                    text: row.mirrored ? "\u2039" : "\u203a"
+                    font.pixelSize: 24
                     onClicked: page.details(row.network)
                     Accessible.name: qsTr("Details of %1").arg(row.network.isolated)
                 }

@@ -188,6 +188,7 @@ void Wifi::run(const QString& activity, const Action& action, const Finish& then
     if (!activity_.isEmpty())
         return;
     activity_ = activity;
+    connecting_ = then != nullptr; // no other operation has a sequel
     notify({});
     QMetaObject::invokeMethod(&worker_, [=, this] {
         const Client client{QString()};
@@ -211,9 +212,6 @@ void Wifi::run(const QString& activity, const Action& action, const Finish& then
 void Wifi::connect_to(const QString& name, const Action& action, const QString& late,
                       const Finish& fail)
 {
-    if (!activity_.isEmpty())
-        return;
-    connecting_ = true;
     run(tr("Connecting to %1").arg(isolated(name)), action, [=, this](const QString& error) {
         const QString why = error.startsWith("Timed out connecting"_L1) ? late : explained(error);
         if (error.isEmpty())
