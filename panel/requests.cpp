@@ -95,7 +95,7 @@ void join(const Client& client, const QByteArray& ssid, const QString& password,
     bool ok = false;
     const int number = id.toInt(&ok);
     if (!ok)
-        throw std::runtime_error("wpa_supplicant did not create a network ");
+        throw std::runtime_error("wpa_supplicant did not create a network profile.");
     try {
         fill(client, id, ssid, password, hidden);
         confirm(client, "SELECT_NETWORK " + id, "select Wi-Fi network");

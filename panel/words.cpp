@@ -102,9 +102,8 @@ QString explained(const QString& message)
         return QCoreApplication::translate("Library", text);
     };
     const auto is_unreachable = [&](int error) {
-        return message
-            == u"Could not connect to wpa_supplicant: "_s
-            + QString::fromLocal8Bit(std::strerror(error));
+        const QString why = QString::fromLocal8Bit(std::strerror(error));
+        return message == u"Could not connect to wpa_supplicant: "_s + why;
     };
     if (is_unreachable(EACCES))
         return translated(QT_TRANSLATE_NOOP(

@@ -454,6 +454,15 @@ TEST(Requests, BringBackTheOldProfileIfTheNewOneCannotBeSaved)
     EXPECT_THAT(supplicant.requests(), testing::IsSupersetOf({"REMOVE_NETWORK 5", "RECONFIGURE"}));
 }
 
+TEST(Requests, EndWhenNoProfileIsMade)
+{
+    FakeSupplicant supplicant(around(access_point(1, "Cafe")));
+    supplicant.on("ADD_NETWORK", {reply("FAIL")});
+    Panel panel(supplicant.path());
+    panel.tap("Cafe");
+    panel.wait_for("wpa_supplicant did not create a network profile.");
+}
+
 TEST(Requests, StopWhileTheWindowIsHidden)
 {
     FakeSupplicant supplicant(around(access_point(1, "Cafe")));
