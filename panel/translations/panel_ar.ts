@@ -147,7 +147,7 @@
     <name>ListPage</name>
     <message>
         <source>%1 is out of range.</source>
-        <translation>الشبكة ⁨%1⁩ خارج النطاق.</translation>
+        <translation>الشبكة %1 خارج النطاق.</translation>
     </message>
     <message>
         <source>out of range</source>
@@ -187,7 +187,7 @@
     </message>
     <message>
         <source>Details of %1</source>
-        <translation>تفاصيل ⁨%1⁩</translation>
+        <translation>تفاصيل %1</translation>
     </message>
     <message>
         <source>Scan</source>
@@ -277,7 +277,7 @@
     </message>
     <message>
         <source>Forget %1? Its password is deleted.</source>
-        <translation>هل تريد نسيان الشبكة ⁨%1⁩؟ ستُحذف كلمة مرورها.</translation>
+        <translation>هل تريد نسيان الشبكة %1؟ ستُحذف كلمة مرورها.</translation>
     </message>
     <message>
         <source>Keep</source>
