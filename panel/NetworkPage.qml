@@ -12,7 +12,8 @@ Form {
     readonly property bool joinable: network.saved || network.kind !== "other"
     readonly property var facts: [
         [qsTr("Name"), network.name !== network.ssid ? network.ssid : ""],
-        [qsTr("Security"), {open: qsTr("open"), password: qsTr("WPA, with a password")}[network.kind]
+        [qsTr("Security"), {open: qsTr("open"),
+                            password: qsTr("WPA, with a password")}[network.kind]
                            || network.security],
         [qsTr("Signal"), network.bssid ? qsTr("%1 dBm").arg(network.signal) : qsTr("out of range")],
         [qsTr("Channel"), network.bssid ? qsTr("%1 (%2 GHz)").arg(network.channel).arg(network.band)
