@@ -7,28 +7,21 @@ import QtQuick.Layouts
 
 Page {
     id: page
-    required property Wifi wifi
-    readonly property bool idle: !wifi.activity
+    readonly property bool idle: !Wifi.activity
+    readonly property var signalWords: [qsTr("out of range"), qsTr("weak signal"),
+        qsTr("fair signal"), qsTr("good signal"), qsTr("very good signal")]
 
     function open(network: var) {
         if (!idle || StackView.view.depth > 1)
             return
         if (network.saved && !network.bssid)
-            wifi.notice = qsTr("%1 is out of range.").arg(network.name)
+            Wifi.notice = qsTr("%1 is out of range.").arg(network.isolated)
         else
             StackView.view.join(network)
     }
     function details(network: var) {
         if (idle && StackView.view.depth === 1)
-            StackView.view.show("NetworkPage.qml", {network: network})
-    }
-    function signalWords(bars: int): string {
-        return [qsTr("out of range"), qsTr("weak signal"), qsTr("fair signal"),
-                qsTr("good signal"), qsTr("very good signal")][bars]
-    }
-    function securityWords(network: var): string {
-        return {open: qsTr("open"), password: qsTr("with password"), enterprise: qsTr("enterprise"),
-                WEP: "WEP", other: qsTr("other security")}[network.kind] || ""
+            StackView.view.show("NetworkPage.qml", network)
     }
 
     component Bars: Row {
@@ -50,25 +43,21 @@ Page {
             }
         }
     }
-    component Padlock: Item {
+    component Padlock: Rectangle {
         id: padlock
-        required property color color
+        Layout.topMargin: 9 // for the shackle
         implicitWidth: 16
-        implicitHeight: 20
+        implicitHeight: 11
+        radius: 2
         Rectangle {
+            z: -1
             x: 3
+            y: -9
             width: 10
             height: 16
             radius: 5
             color: "transparent"
             border { width: 2; color: padlock.color }
-        }
-        Rectangle {
-            y: 9
-            width: 16
-            height: 11
-            radius: 2
-            color: padlock.color
         }
     }
 
@@ -76,7 +65,7 @@ Page {
         spacing: 0
         ItemDelegate {
             id: card
-            readonly property var network: page.wifi.current
+            readonly property var network: Wifi.current
             Layout.fillWidth: true
             Layout.minimumHeight: 72
             enabled: page.idle && network.name !== undefined
@@ -90,37 +79,24 @@ Page {
                 spacing: 16
                 Bars { bars: card.network.bars || 0; color: title.color }
                 ColumnLayout {
-                    Label {
+                    PanelLabel {
                         id: title
-                        Layout.fillWidth: true
                         text: card.network.name || qsTr("Wi-Fi")
-                        horizontalAlignment: Text.AlignLeft
-                        textFormat: Text.PlainText
                         elide: Text.ElideRight
                         font { bold: true; pixelSize: 20 }
                     }
-                    Label {
+                    PanelLabel {
                         id: situation
-                        Layout.fillWidth: true
-                        text: page.wifi.activity || page.wifi.situation
-                        horizontalAlignment: Text.AlignLeft
-                        textFormat: Text.PlainText
-                        wrapMode: Text.Wrap
+                        text: Wifi.activity || Wifi.situation
                     }
                 }
             }
         }
-        Progress {
-            Layout.fillWidth: true
-            wifi: page.wifi
-        }
-        Label {
-            Layout.fillWidth: true
+        Progress {}
+        PanelLabel {
             Layout.margins: 12
             visible: text
-            text: page.wifi.notice
-            textFormat: Text.PlainText
-            wrapMode: Text.Wrap
+            text: Wifi.notice
             Accessible.role: Accessible.AlertMessage
         }
     }
@@ -132,8 +108,8 @@ Page {
         focus: true
         activeFocusOnTab: true
         clip: true
-        opacity: page.wifi.reachable ? 1 : 0.5
-        model: page.wifi.networks
+        opacity: Wifi.problem ? 0.5 : 1
+        model: Wifi.networks
         section.property: "section"
         Component.onDestruction: section.property = "" // or Qt 6.4 makes headings to the end, and crashes
         section.delegate: Label {
@@ -143,13 +119,13 @@ Page {
             text: section === "true" ? qsTr("Saved") : qsTr("In range")
             font { bold: true; pixelSize: 14 }
         }
-        onDragEnded: if (verticalOvershoot < -64) page.wifi.scan()
+        onDragEnded: if (verticalOvershoot < -64) Wifi.scan()
         ScrollIndicator.vertical: ScrollIndicator {}
         delegate: ItemDelegate {
             id: row
             required property var network
             readonly property string words: !network.bssid ? qsTr("out of range")
-                : network.kind === "password" ? "" : page.securityWords(network)
+                : network.kind === "password" ? "" : network.security
             width: ListView.view.width
             height: 56
             highlighted: ListView.isCurrentItem && list.activeFocus
@@ -164,17 +140,14 @@ Page {
                     page.details(network)
             }
             Accessible.name: [network.name, network.saved ? qsTr("saved") : "",
-                              page.signalWords(network.bars), page.securityWords(network)]
+                              page.signalWords[network.bars], network.security]
                              .filter(words => words).join(", ")
             contentItem: RowLayout {
                 spacing: 16
                 Bars { bars: row.network.bars; color: name.color }
-                Label {
+                PanelLabel {
                     id: name
-                    Layout.fillWidth: true
                     text: row.network.name
-                    horizontalAlignment: Text.AlignLeft
-                    textFormat: Text.PlainText
                     elide: Text.ElideRight
                     clip: true
                     opacity: row.network.bssid ? 1 : 0.6
@@ -185,17 +158,14 @@ Page {
                     font.pixelSize: 14
                 }
                 Padlock { visible: row.network.kind === "password"; color: name.color }
-                AbstractButton {
+                Button {
                     Layout.preferredWidth: 48
                     Layout.preferredHeight: 48
-                    contentItem: Label {
-                        text: row.mirrored ? "\u2039" : "\u203a"
-                        font.pixelSize: 24
-                        horizontalAlignment: Text.AlignHCenter
-                        verticalAlignment: Text.AlignVCenter
-                    }
+                    flat: true
+                    text: row.mirrored ? "\u2039" : "\u203a"
+                    font.pixelSize: 24
                     onClicked: page.details(row.network)
-                    Accessible.name: qsTr("Details of %1").arg(row.network.name)
+                    Accessible.name: qsTr("Details of %1").arg(row.network.isolated)
                 }
             }
         }
@@ -208,14 +178,14 @@ Page {
             Layout.preferredWidth: 1
             text: qsTr("Scan")
             enabled: page.idle
-            onClicked: page.wifi.scan()
+            onClicked: Wifi.scan()
         }
         PanelButton {
             Layout.rightMargin: 8
             Layout.preferredWidth: 1
             text: qsTr("Hidden network")
             enabled: page.idle
-            onClicked: page.StackView.view.show("JoinPage.qml", {})
+            onClicked: page.StackView.view.show("JoinPage.qml")
         }
     }
 }

@@ -6,7 +6,6 @@ import QtQuick.Controls.Basic
 
 ApplicationWindow {
     id: window
-    required property Wifi wifi
     property string onScreenKeyboard // the file that shows it inside the window, or empty
 
     width: 480
@@ -24,7 +23,7 @@ ApplicationWindow {
         light: system.light; midlight: system.midlight; mid: system.mid; dark: system.dark
         highlight: system.highlight; highlightedText: system.highlightedText
     }
-    onClosing: wifi.end()
+    onClosing: Wifi.end()
 
     SystemPalette { id: system }
 
@@ -32,30 +31,32 @@ ApplicationWindow {
         id: pages
         function join(network: var) {
             if (network.saved)
-                window.wifi.reconnect(network)
+                Wifi.reconnect(network)
             else if (network.kind === "open")
-                window.wifi.join(network, "")
+                Wifi.join(network, "")
             else
-                show(network.kind === "password" ? "JoinPage.qml" : "NetworkPage.qml",
-                     {network: network})
+                show(network.kind === "password" ? "JoinPage.qml" : "NetworkPage.qml", network)
         }
-        function show(page: string, properties: var) {
-            window.wifi.notice = ""
-            push(Qt.resolvedUrl(page), Object.assign({wifi: window.wifi}, properties),
-                 StackView.Immediate)
+        function show(page: string, network: var) {
+            Wifi.notice = ""
+            push(Qt.resolvedUrl(page), {network: network}, StackView.Immediate)
             currentItem.forceActiveFocus(Qt.TabFocusReason)
         }
         function back() {
-            if (depth > 1 && !window.wifi.activity)
+            if (depth > 1 && !Wifi.activity)
                 pop(StackView.Immediate)
-            window.wifi.notice = ""
+            Wifi.notice = ""
             currentItem.forceActiveFocus(Qt.TabFocusReason)
+        }
+        function ask(text: string, choices: var, chosen: var) {
+            question.createObject(window.contentItem, {text: text, choices: choices,
+                                                       chosen: chosen}).open()
         }
         anchors { top: parent.top; bottom: parent.bottom; bottomMargin: keyboard.shown }
         x: (parent.width - width) / 2
         width: Math.min(parent.width, 720)
         focus: true
-        initialItem: ListPage { wifi: window.wifi }
+        initialItem: ListPage {}
         Keys.onEscapePressed: back()
         Keys.onBackPressed: back()
     }
@@ -68,20 +69,15 @@ ApplicationWindow {
     }
 
     Component { // made when there is a question: the window comes sooner
-        id: questionAboutSaved
-        Question {
-            required property var network
-            choices: [qsTr("New password"), qsTr("Try again")]
-            onChosen: choice => choice === 0
-                      ? pages.show("JoinPage.qml", {network: network})
-                      : window.wifi.reconnect(network)
-            onClosed: destroy()
-        }
+        id: question
+        Question {}
     }
     Connections {
-        target: window.wifi
+        target: Wifi
         function onFailedSaved(why: string, network: var) {
-            questionAboutSaved.createObject(window.contentItem, {network: network, text: why}).open()
+            pages.ask(why, [qsTr("New password"), qsTr("Try again")],
+                      choice => choice === 0 ? pages.show("JoinPage.qml", network)
+                                             : Wifi.reconnect(network))
         }
         function onJoined() {
             while (pages.depth > 1)

@@ -3,17 +3,16 @@
 import QtQuick
 import Corvane.Panel
 import QtQuick.Controls.Basic
+import QtQuick.Layouts
 
 // Fills in the time that an attempt to connect takes at most; moves to and fro for anything else.
 ProgressBar {
-    id: progress
-    required property Wifi wifi
-
+    Layout.fillWidth: true
     implicitHeight: 6
-    opacity: wifi.activity ? 1 : 0 // keeps its place
-    indeterminate: wifi.activity && !wifi.connecting
+    opacity: Wifi.activity ? 1 : 0 // keeps its place
+    indeterminate: Wifi.activity && !Wifi.connecting
     NumberAnimation on value {
-        running: progress.wifi.connecting
+        running: Wifi.connecting
         from: 0
         to: 1
         duration: 15000

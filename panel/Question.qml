@@ -9,23 +9,19 @@ Dialog {
     id: question
     required property string text
     required property var choices
-    signal chosen(int choice)
+    required property var chosen // a function of the index of the choice
 
     anchors.centerIn: parent
     width: Math.min(parent.width - 32, 420)
     modal: true
     focus: true
     onOpened: buttons.itemAt(0).forceActiveFocus(Qt.TabFocusReason)
+    onClosed: destroy()
 
     ColumnLayout {
         anchors { left: parent.left; right: parent.right }
         spacing: 16
-        Label {
-            Layout.fillWidth: true
-            text: question.text
-            textFormat: Text.PlainText
-            wrapMode: Text.Wrap
-        }
+        PanelLabel { text: question.text }
         Repeater {
             id: buttons
             model: question.choices

@@ -64,7 +64,6 @@ int main(int argc, char** argv)
 {
     const int signals_descriptor = block_signals();
     QGuiApplication app(argc, argv);
-    QGuiApplication::setApplicationName(u"corvane-wifi-panel"_s);
     QGuiApplication::setDesktopFileName(u"corvane-wifi-panel"_s);
     QGuiApplication::setQuitOnLastWindowClosed(false);
 
@@ -86,20 +85,18 @@ int main(int argc, char** argv)
         QCoreApplication::installTranslator(&translator);
         QGuiApplication::setLayoutDirection(QLocale().textDirection());
     }
-    Wifi wifi;
     QQmlApplicationEngine engine;
-    QQuickWindow* const loaded = load_window(engine, wifi);
-    if (loaded == nullptr)
+    QQuickWindow* const window = load_window(engine);
+    if (window == nullptr)
         return 1;
-    QQuickWindow& window = *loaded;
-    wifi.watch(window);
-    window.show();
+    Wifi& wifi = wifi_of(engine);
+    window->show();
 
     QObject::connect(&server, &QLocalServer::newConnection, &app, [&] {
         QLocalSocket* second = server.nextPendingConnection();
         QObject::connect(second, &QLocalSocket::readyRead, &app, [&, second] {
             wifi.stay();
-            come_to_front(window, second->readLine().trimmed());
+            come_to_front(*window, second->readLine().trimmed());
             second->write("\n");
             second->flush();
             second->deleteLater();
@@ -110,7 +107,7 @@ int main(int argc, char** argv)
         signalfd_siginfo signal;
         while (read(signals_descriptor, &signal, sizeof signal) > 0)
             continue;
-        window.hide();
+        window->hide();
         wifi.end();
     });
     return QGuiApplication::exec();

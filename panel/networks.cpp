@@ -15,19 +15,21 @@ namespace {
 
 enum Role { NetworkRole = Qt::UserRole, SectionRole };
 
-/// "open", "password", "enterprise", "WEP" or, for what only a file can set up, "other".
-QString kind_of(const Network& network)
+/// "open", "password" or, for what only a file can set up, "other"; and the same in words.
+std::pair<QString, QString> security_of(const Network& network)
 {
+    const auto mentions = [&](QLatin1String word) { return network.flags.contains(word); };
     if (network.bssid.isEmpty())
         return {};
-    const auto mentions = [&](QLatin1String word) { return network.flags.contains(word); };
     if (mentions("EAP"_L1))
-        return u"enterprise"_s;
+        return {u"other"_s, Networks::tr("enterprise")};
     if (mentions("WEP"_L1))
-        return u"WEP"_s;
+        return {u"other"_s, u"WEP"_s};
     if (mentions("PSK"_L1) || mentions("SAE-"_L1))
-        return u"password"_s;
-    return network.security == cvn::wifi::Security::Open ? u"open"_s : u"other"_s;
+        return {u"password"_s, Networks::tr("with password")};
+    if (network.security == cvn::wifi::Security::Open)
+        return {u"open"_s, Networks::tr("open")};
+    return {u"other"_s, Networks::tr("other security")};
 }
 
 int bars_of(const Network& network)
@@ -45,38 +47,35 @@ std::pair<QString, int> band_and_channel(int megahertz)
                             : std::pair(u"6"_s, (megahertz - 5950) / 5);
 }
 
-bool is_same(const QVariantMap& left, const QVariantMap& right)
-{
-    return left[u"ssid"_s] == right[u"ssid"_s] && left[u"saved"_s] == right[u"saved"_s];
-}
-
-bool comes_before(const QVariantMap& left, const QVariantMap& right)
-{
-    const auto key = [](const QVariantMap& row) {
-        return std::tuple(!row[u"saved"_s].toBool(), -row[u"bars"_s].toInt(),
-                          row[u"ssid"_s].toString());
-    };
-    return key(left) < key(right);
-}
-
 } // namespace
 
 QVariantMap described(const Network& network)
 {
+    const QString name = readable(network.ssid);
     const auto [band, channel] = band_and_channel(network.frequency);
-    return {{u"ssid"_s, network.ssid},     {u"name"_s, readable(network.ssid)},
-            {u"bssid"_s, network.bssid},   {u"signal"_s, network.signal},
-            {u"bars"_s, bars_of(network)}, {u"band"_s, band},
-            {u"channel"_s, channel},       {u"kind"_s, kind_of(network)},
-            {u"id"_s, network.saved_id},   {u"saved"_s, network.saved_id >= 0}};
+    const auto [kind, security] = security_of(network);
+    return {{u"ssid"_s, network.ssid},
+            {u"name"_s, name},
+            {u"bssid"_s, network.bssid},
+            {u"isolated"_s, isolated(name)},
+            {u"bars"_s, bars_of(network)},
+            {u"signal"_s, network.signal},
+            {u"channel"_s, channel},
+            {u"band"_s, band},
+            {u"kind"_s, kind},
+            {u"security"_s, security},
+            {u"id"_s, network.saved_id},
+            {u"saved"_s, network.saved_id >= 0}};
 }
 
-void Networks::show(const std::vector<Network>& networks)
+void Networks::show(std::vector<Network> networks)
 {
+    std::ranges::sort(networks, {}, [](const Network& network) {
+        return std::tuple(network.saved_id < 0, -bars_of(network), network.ssid);
+    });
     wanted_.clear();
     for (const Network& network : networks)
-        wanted_.push_back(described(network));
-    std::ranges::sort(wanted_, comes_before);
+        wanted_.append(described(network));
     if (!held_)
         update();
 }
@@ -95,7 +94,7 @@ int Networks::rowCount(const QModelIndex& parent) const
 
 QVariant Networks::data(const QModelIndex& index, int role) const
 {
-    const QVariantMap& row = rows_.at(static_cast<size_t>(index.row()));
+    const QVariantMap& row = rows_.at(index.row());
     return role == SectionRole ? row[u"saved"_s] : QVariant(row);
 }
 
@@ -106,35 +105,36 @@ QHash<int, QByteArray> Networks::roleNames() const
 
 void Networks::update()
 {
-    for (int row = 0; row < static_cast<int>(wanted_.size()); ++row)
-        put(row, wanted_[static_cast<size_t>(row)]);
-    const int left = static_cast<int>(wanted_.size());
-    if (left < rowCount()) {
-        beginRemoveRows({}, left, rowCount() - 1);
-        rows_.resize(wanted_.size());
+    const int size = static_cast<int>(wanted_.size());
+    for (int row = 0; row < size; ++row)
+        put(row, wanted_[row]);
+    if (size < rowCount()) {
+        beginRemoveRows({}, size, rowCount() - 1);
+        rows_.resize(size);
         endRemoveRows();
     }
 }
 
 void Networks::put(int row, const QVariantMap& wanted)
 {
-    const auto place = rows_.begin() + row;
-    const auto found = std::find_if(place, rows_.end(),
-                                    [&](const QVariantMap& it) { return is_same(it, wanted); });
-    if (found == rows_.end()) {
+    const auto is_at = [&](int place) {
+        return rows_[place][u"ssid"_s] == wanted[u"ssid"_s]
+            && rows_[place][u"saved"_s] == wanted[u"saved"_s];
+    };
+    int from = row;
+    while (from < rowCount() && !is_at(from))
+        ++from;
+    if (from == rowCount()) {
         beginInsertRows({}, row, row);
-        rows_.insert(place, wanted);
+        rows_.insert(row, wanted);
         endInsertRows();
-        return;
-    }
-    if (found != place) {
-        const int from = static_cast<int>(found - rows_.begin());
+    } else if (from != row) {
         beginMoveRows({}, from, from, {}, row);
-        std::rotate(place, found, found + 1);
+        rows_.move(from, row);
         endMoveRows();
     }
-    if (*place != wanted) {
-        *place = wanted;
+    if (rows_[row] != wanted) {
+        rows_[row] = wanted;
         emit dataChanged(index(row), index(row));
     }
 }

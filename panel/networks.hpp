@@ -19,7 +19,8 @@ class Networks : public QAbstractListModel {
     QML_ANONYMOUS
 
 public:
-    void show(const std::vector<cvn::wifi::Network>& networks);
+    using QAbstractListModel::QAbstractListModel;
+    void show(std::vector<cvn::wifi::Network> networks);
     void set_held(bool held);
 
     int rowCount(const QModelIndex& parent = {}) const override;
@@ -30,6 +31,6 @@ private:
     void update();
     void put(int row, const QVariantMap& wanted);
 
-    std::vector<QVariantMap> rows_, wanted_;
+    QList<QVariantMap> rows_, wanted_;
     bool held_ = false;
 };

@@ -8,8 +8,6 @@
 #include <QElapsedTimer>
 #include <QThread>
 
-#include <functional>
-
 using namespace Qt::StringLiterals;
 using cvn::wifi::Client;
 using cvn::wifi::Network;
@@ -29,13 +27,10 @@ void confirm(const Client& client, const QByteArray& request, const char* operat
                                  + reply.toStdString());
 }
 
-/// For what follows a failure, which is the one to report.
+/// After a failure, which is the one to report.
 void try_command(const Client& client, const QByteArray& request)
 {
-    try {
-        client.command(request, reply_timeout_ms);
-    } catch (const std::runtime_error&) {
-    }
+    failure_of([&] { client.command(request, reply_timeout_ms); });
 }
 
 void wait_connected(const Client& client, int id)
@@ -52,13 +47,14 @@ void wait_connected(const Client& client, int id)
     throw std::runtime_error("Timed out connecting to " + std::to_string(id) + ".");
 }
 
-void fill(const Client& client, const QByteArray& id, const NewProfile& profile)
+void fill(const Client& client, const QByteArray& id, const QByteArray& ssid,
+          const QString& password, bool hidden)
 {
     const QByteArray set = "SET_NETWORK " + id;
-    confirm(client, set + " ssid " + profile.ssid.toHex(), "set Wi-Fi network name");
-    if (profile.hidden)
+    confirm(client, set + " ssid " + ssid.toHex(), "set Wi-Fi network name");
+    if (hidden)
         confirm(client, set + " scan_ssid 1", "set Wi-Fi network name");
-    if (profile.password.isEmpty()) {
+    if (password.isEmpty()) {
         confirm(client, set + " key_mgmt NONE", "set open-network security");
         return;
     }
@@ -66,7 +62,7 @@ void fill(const Client& client, const QByteArray& id, const NewProfile& profile)
     confirm(client, set + " key_mgmt WPA-PSK SAE", "set WPA security");
     confirm(client, set + " ieee80211w 1", "set WPA security");
     // wpa_supplicant takes what stands between the first and the last quote as it is.
-    confirm(client, set + " psk \"" + profile.password.toUtf8() + '"', "set WPA password");
+    confirm(client, set + " psk \"" + password.toUtf8() + '"', "set WPA password");
 }
 
 /// Id of the profile that has this name. An earlier one may be another's after a restart.
@@ -91,9 +87,9 @@ void then_enable_all(const Client& client, const std::function<void()>& action)
 
 } // namespace
 
-void join(const Client& client, const NewProfile& profile)
+void join(const Client& client, const QByteArray& ssid, const QString& password, bool hidden)
 {
-    const int replaced = saved_as(client, profile.ssid);
+    const int replaced = saved_as(client, ssid);
     const QByteArray id = client.command("ADD_NETWORK", reply_timeout_ms);
     QByteArray undo = "REMOVE_NETWORK " + id;
     bool ok = false;
@@ -101,7 +97,7 @@ void join(const Client& client, const NewProfile& profile)
     if (!ok)
         throw std::runtime_error("wpa_supplicant did not create a network profile.");
     try {
-        fill(client, id, profile);
+        fill(client, id, ssid, password, hidden);
         confirm(client, "SELECT_NETWORK " + id, "select Wi-Fi network");
         wait_connected(client, number);
         if (replaced >= 0) {

@@ -11,15 +11,11 @@
 
 #include <cvn/wifi.hpp>
 
-struct NewProfile {
-    QByteArray ssid;  ///< The bytes of the name.
-    QString password; ///< Empty for an open network.
-    bool hidden;      ///< Whether it has to be asked for by name (scan_ssid).
-};
-
-/// Adds the profile, connects, and saves it once (SAVE_CONFIG) in the place of one of this name. If
-/// any of it fails, removes it.
-void join(const cvn::wifi::Client& client, const NewProfile& profile);
+/// Adds a profile, connects, and saves it once (SAVE_CONFIG) in the place of one of this name. If
+/// any of it fails, removes it. `ssid` is the bytes of the name, `password` is empty for an open
+/// network, and a hidden one has to be asked for by name (scan_ssid).
+void join(const cvn::wifi::Client& client, const QByteArray& ssid, const QString& password,
+          bool hidden);
 
 /// Connects to a saved network. Saves nothing.
 void rejoin(const cvn::wifi::Client& client, int id, const QString& ssid);

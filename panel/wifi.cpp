@@ -8,6 +8,7 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QWindow>
 
 #include <algorithm>
 #include <cstdlib>
@@ -75,28 +76,16 @@ QString Wifi::situation() const
     return status_.state.isEmpty() ? QString() : tr("Not connected");
 }
 
-void Wifi::set_notice(const QString& notice)
-{
-    notice_ = notice;
-    emit changed();
-}
-
-void Wifi::watch(QWindow& window)
-{
-    window.installEventFilter(this);
-    set_watched(window.isExposed());
-}
-
 bool Wifi::eventFilter(QObject* window, QEvent* event)
 {
     const QEvent::Type type = event->type();
     if (type == QEvent::Expose)
-        set_watched(qobject_cast<QWindow*>(window)->isExposed());
+        set_watched(static_cast<QWindow*>(window)->isExposed());
     else if (type == QEvent::TouchBegin || type == QEvent::MouseButtonPress)
-        networks_.set_held(true);
+        networks_->set_held(true);
     else if (type == QEvent::TouchEnd || type == QEvent::TouchCancel
              || type == QEvent::MouseButtonRelease)
-        QTimer::singleShot(0, this, [this] { networks_.set_held(false); }); // after the tap
+        QTimer::singleShot(0, this, [this] { networks_->set_held(false); }); // after the tap
     return false;
 }
 
@@ -119,12 +108,9 @@ void Wifi::join(const QVariantMap& network, const QString& password)
 {
     const QString name = network[u"name"_s].toString();
     const bool hidden = !network.contains(u"ssid"_s);
-    const NewProfile profile{.ssid = hidden ? name.toUtf8()
-                                            : bytes_of(network[u"ssid"_s].toString()),
-                             .password = password,
-                             .hidden = hidden};
+    const QByteArray ssid = hidden ? name.toUtf8() : bytes_of(network[u"ssid"_s].toString());
     connect_to(
-        name, [=](const Client& client) { ::join(client, profile); },
+        name, [=](const Client& client) { ::join(client, ssid, password, hidden); },
         hidden                   ? tr("Could not connect. Check the name and the password.")
             : password.isEmpty() ? tr("Could not connect to %1.").arg(isolated(name))
                                  : tr("Could not connect. Check the password."));
@@ -164,21 +150,13 @@ void Wifi::end()
 Wifi::View Wifi::look(const Client& client, const Status& last, bool scan)
 {
     View view;
-    try {
-        if (scan) {
-            try {
-                view.networks = client.networks(true);
-            } catch (const std::runtime_error& error) { // refused, as while the radio is off
-                view.problem = QString::fromUtf8(error.what());
-            }
-        }
+    view.problem = explained(failure_of([&] {
+        if (scan) // which may be refused, as while the radio is off
+            failure_of([&] { view.networks = client.networks(true); });
         view.status = client.status();
-        view.problem.clear();
         if (!view.networks && !is_same(view.status, last))
             view.networks = client.networks(false);
-    } catch (const std::exception& error) {
-        view.problem = explained(QString::fromUtf8(error.what()));
-    }
+    }));
     return view;
 }
 
@@ -199,7 +177,7 @@ void Wifi::refresh()
         QMetaObject::invokeMethod(this, [=, this] {
             looking_ = false;
             take(view);
-            if (first && reachable() && watched_)
+            if (first && problem_.isEmpty() && watched_)
                 refresh();
         });
     });
@@ -210,17 +188,23 @@ void Wifi::run(const QString& activity, const Action& action, const Finish& then
     if (!activity_.isEmpty())
         return;
     activity_ = activity;
-    set_notice({});
+    connecting_ = then != nullptr; // no other operation has a sequel
+    notify({});
     QMetaObject::invokeMethod(&worker_, [=, this] {
         const Client client{QString()};
-        QString error;
-        try {
-            action(client);
-        } catch (const std::exception& failure) {
-            error = QString::fromUtf8(failure.what());
-        }
+        const QString error = failure_of([&] { action(client); });
         const View view = look(client, {}, false);
-        QMetaObject::invokeMethod(this, [=, this] { finish(error, then, view); });
+        QMetaObject::invokeMethod(this, [=, this] {
+            activity_.clear();
+            connecting_ = false;
+            take(view);
+            if (then)
+                then(error);
+            else if (!error.isEmpty())
+                notify(explained(error));
+            if (ending_)
+                QCoreApplication::quit();
+        });
     });
 }
 
@@ -228,9 +212,6 @@ void Wifi::run(const QString& activity, const Action& action, const Finish& then
 void Wifi::connect_to(const QString& name, const Action& action, const QString& late,
                       const Finish& fail)
 {
-    if (!activity_.isEmpty())
-        return;
-    connecting_ = true;
     run(tr("Connecting to %1").arg(isolated(name)), action, [=, this](const QString& error) {
         const QString why = error.startsWith("Timed out connecting"_L1) ? late : explained(error);
         if (error.isEmpty())
@@ -238,21 +219,14 @@ void Wifi::connect_to(const QString& name, const Action& action, const QString& 
         else if (fail)
             fail(why);
         else
-            set_notice(why);
+            notify(why);
     });
 }
 
-void Wifi::finish(const QString& error, const Finish& then, const View& view)
+void Wifi::notify(const QString& notice)
 {
-    activity_.clear();
-    connecting_ = false;
-    take(view);
-    if (then)
-        then(error);
-    else if (!error.isEmpty())
-        set_notice(explained(error));
-    if (ending_)
-        QCoreApplication::quit();
+    notice_ = notice;
+    emit changed();
 }
 
 void Wifi::take(const View& view)
@@ -260,7 +234,7 @@ void Wifi::take(const View& view)
     if (view.problem.isEmpty() && notice_ == problem_)
         notice_.clear();
     problem_ = view.problem;
-    if (!reachable())
+    if (!problem_.isEmpty())
         scanned_at_ = 0;
     status_ = view.status;
     if (!is_connected(status_) || !status_.address.isEmpty())
@@ -275,8 +249,10 @@ void Wifi::take(const View& view)
             current_ = described(*used);
             others.erase(used);
         }
-        networks_.show(others);
+        networks_->show(others);
     }
+    if (!current_.isEmpty())
+        current_[u"address"_s] = status_.address;
     const bool soon = is_on_its_way(status_)
         || (without_address_.isValid() && !without_address_.hasExpired(address_patience_ms));
     if (watched_)

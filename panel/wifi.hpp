@@ -8,48 +8,32 @@
 #include <QElapsedTimer>
 #include <QThread>
 #include <QTimer>
-#include <QWindow>
 
 #include <functional>
 #include <optional>
 
 /// What the window shows and does. All requests block, so a thread of its own makes them, one after
 /// the other. An operation that the user waits for has a name, `activity`, until it ends.
+///
+/// As the event filter of the window, it looks at once when that is seen, and then every few
+/// seconds until it is not. The rows keep still while the window is touched.
 class Wifi : public QObject {
     Q_OBJECT
     QML_ELEMENT
-    QML_UNCREATABLE("main() makes it")
-    Q_PROPERTY(Networks* networks READ networks CONSTANT)
+    QML_SINGLETON
+    Q_PROPERTY(Networks* networks MEMBER networks_ CONSTANT)
     Q_PROPERTY(QVariantMap current MEMBER current_ NOTIFY changed) ///< Empty if not connected.
     Q_PROPERTY(QString situation READ situation NOTIFY changed)    ///< A sentence.
-    Q_PROPERTY(QString address READ address NOTIFY changed)
-    Q_PROPERTY(bool reachable READ reachable NOTIFY changed)      ///< Whether there are replies.
-    Q_PROPERTY(QString activity MEMBER activity_ NOTIFY changed)  ///< Empty if there is none.
-    Q_PROPERTY(bool connecting MEMBER connecting_ NOTIFY changed) ///< Whether that is a connect.
-    Q_PROPERTY(QString notice MEMBER notice_ WRITE set_notice NOTIFY changed) ///< For the user.
+    Q_PROPERTY(QString problem MEMBER problem_ NOTIFY changed)     ///< Why there are no replies.
+    Q_PROPERTY(QString activity MEMBER activity_ NOTIFY changed)   ///< Empty if there is none.
+    Q_PROPERTY(bool connecting MEMBER connecting_ NOTIFY changed)  ///< Whether that is a connect.
+    Q_PROPERTY(QString notice MEMBER notice_ NOTIFY changed)       ///< For the user.
 
 public:
     Wifi();
     ~Wifi() override; ///< Waits for the request that is under way.
 
-    Networks* networks()
-    {
-        return &networks_;
-    }
     QString situation() const;
-    QString address() const
-    {
-        return status_.address;
-    }
-    bool reachable() const
-    {
-        return problem_.isEmpty();
-    }
-    void set_notice(const QString& notice);
-    /// Looks at once when `window` is seen, and then every few seconds until it is not. The rows
-    /// keep still while it is touched.
-    void watch(QWindow& window);
-
     Q_INVOKABLE void scan();
     /// A network of which only the name is known is hidden.
     Q_INVOKABLE void join(const QVariantMap& network, const QString& password);
@@ -89,10 +73,10 @@ private:
     void run(const QString& activity, const Action& action, const Finish& then = {});
     void connect_to(const QString& name, const Action& action, const QString& late,
                     const Finish& fail = {});
-    void finish(const QString& error, const Finish& then, const View& view);
+    void notify(const QString& notice);
     void take(const View& view);
 
-    Networks networks_;
+    Networks* const networks_ = new Networks(this);
     cvn::wifi::Status status_;
     QVariantMap current_;
     QString problem_, activity_, notice_;

@@ -5,15 +5,19 @@
 
 using namespace Qt::StringLiterals;
 
-QQuickWindow* load_window(QQmlApplicationEngine& engine, Wifi& wifi)
+QQuickWindow* load_window(QQmlApplicationEngine& engine)
 {
     engine.addImportPath(u":/qt/qml"_s);
-    const bool has_keyboard = qgetenv("QT_IM_MODULE") == "qtvirtualkeyboard";
-    engine.setInitialProperties(
-        {{u"wifi"_s, QVariant::fromValue(&wifi)},
-         {u"onScreenKeyboard"_s, has_keyboard ? u"Keyboard.qml"_s : u""_s}});
+    if (qgetenv("QT_IM_MODULE") == "qtvirtualkeyboard")
+        engine.setInitialProperties({{u"onScreenKeyboard"_s, u"Keyboard.qml"_s}});
     engine.load(u"qrc:/qt/qml/Corvane/Panel/Main.qml"_s);
-    if (engine.rootObjects().isEmpty())
-        return nullptr;
-    return qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());
+    auto* window = qobject_cast<QQuickWindow*>(engine.rootObjects().value(0));
+    if (window != nullptr)
+        window->installEventFilter(&wifi_of(engine));
+    return window;
+}
+
+Wifi& wifi_of(QQmlApplicationEngine& engine)
+{
+    return *engine.singletonInstance<Wifi*>(qmlTypeId("Corvane.Panel", 1, 0, "Wifi"));
 }

@@ -10,4 +10,7 @@
 
 /// Loads the window, hidden, with Qt's on-screen keyboard in it if that is the input method. Null
 /// if a QML module is missing.
-QQuickWindow* load_window(QQmlApplicationEngine& engine, Wifi& wifi);
+QQuickWindow* load_window(QQmlApplicationEngine& engine);
+
+/// What the loaded window shows. Goes with `engine`.
+Wifi& wifi_of(QQmlApplicationEngine& engine);

@@ -34,16 +34,10 @@ const char* const failures[] = {
     QT_TRANSLATE_NOOP("Library", "Could not remove Wi-Fi network: %1"),
     QT_TRANSLATE_NOOP("Library", "Could not save removed Wi-Fi network: %1"),
     QT_TRANSLATE_NOOP("Library", "%1 is not a saved network."),
-    QT_TRANSLATE_NOOP("Library", "Timed out connecting to %1."),
     QT_TRANSLATE_NOOP("Library", "Wi-Fi control socket path is too long."),
     QT_TRANSLATE_NOOP("Library", "Invalid wpa_supplicant control command."),
     QT_TRANSLATE_NOOP("Library", "wpa_supplicant did not create a network profile."),
 };
-
-QString in_users_language(const char* text)
-{
-    return QCoreApplication::translate("Library", text);
-}
 
 bool is_plain(const QString& text)
 {
@@ -77,15 +71,13 @@ QByteArray bytes_of(const QString& printed)
 
 QString readable(const QString& printed)
 {
-    static const QRegularExpression easily_missed(u"^ +| +$| {2,}"_s);
     QString name = QString::fromUtf8(bytes_of(printed));
     if (!is_plain(name))
         return printed;
-    for (auto matches = easily_missed.globalMatch(QString(name)); matches.hasNext();) {
-        const QRegularExpressionMatch match = matches.next();
-        const qsizetype length = match.capturedLength();
-        name.replace(match.capturedStart(), length, QString(length, u'\u2423'));
-    }
+    const QString spaced = u' ' + name + u' ';
+    for (qsizetype i = 0; i < name.size(); ++i)
+        if (name[i] == u' ' && (spaced[i] == u' ' || spaced[i + 2] == u' '))
+            name[i] = u'\u2423';
     return name;
 }
 
@@ -94,28 +86,38 @@ QString isolated(const QString& name)
     return u'\u2068' + name + u'\u2069';
 }
 
+QString failure_of(const std::function<void()>& action)
+{
+    try {
+        action();
+    } catch (const std::exception& failure) {
+        return QString::fromUtf8(failure.what());
+    }
+    return {};
+}
+
 QString explained(const QString& message)
 {
-    const auto ends_with = [&](int error) {
-        return message.endsWith(u": "_s + QString::fromLocal8Bit(std::strerror(error)));
+    const auto translated = [](const char* text) {
+        return QCoreApplication::translate("Library", text);
     };
-    if (message.startsWith("Could not connect to wpa_supplicant: "_L1)) {
-        if (ends_with(EACCES))
-            return in_users_language(QT_TRANSLATE_NOOP(
-                "Library", "You may not control Wi-Fi. Your user must be in the group netdev."));
-        if (ends_with(ENOENT) || ends_with(ENOTDIR) || ends_with(ECONNREFUSED))
-            return in_users_language(
-                QT_TRANSLATE_NOOP("Library", "The Wi-Fi service is not running."));
-    }
+    const auto is_unreachable = [&](int error) {
+        const QString why = QString::fromLocal8Bit(std::strerror(error));
+        return message == u"Could not connect to wpa_supplicant: "_s + why;
+    };
+    if (is_unreachable(EACCES))
+        return translated(QT_TRANSLATE_NOOP(
+            "Library", "You may not control Wi-Fi. Your user must be in the group netdev."));
+    if (is_unreachable(ENOENT) || is_unreachable(ENOTDIR) || is_unreachable(ECONNREFUSED))
+        return translated(QT_TRANSLATE_NOOP("Library", "The Wi-Fi service is not running."));
     if (message == "Timed out waiting for wpa_supplicant."_L1)
-        return in_users_language(
-            QT_TRANSLATE_NOOP("Library", "The Wi-Fi service does not answer."));
+        return translated(QT_TRANSLATE_NOOP("Library", "The Wi-Fi service does not answer."));
     for (const char* failure : failures) {
         const QStringList ends = QString::fromLatin1(failure).split(u"%1"_s);
         if (!message.startsWith(ends.first()) || !message.endsWith(ends.last()))
             continue;
         const qsizetype rest = message.size() - ends.first().size() - ends.last().size();
-        const QString words = in_users_language(failure);
+        const QString words = translated(failure);
         return ends.size() == 1 ? words : words.arg(message.mid(ends.first().size(), rest));
     }
     return message;

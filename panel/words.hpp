@@ -8,6 +8,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
+
 /// The bytes of a name, from what wpa_supplicant prints for it (`Caf\xc3\xa9`).
 QByteArray bytes_of(const QString& printed);
 
@@ -17,6 +19,9 @@ QString readable(const QString& printed);
 
 /// A name between other words, whichever way each of them is written.
 QString isolated(const QString& name);
+
+/// The message of what `action` throws, or nothing.
+QString failure_of(const std::function<void()>& action);
 
 /// What went wrong, in the user's language, and what helps. `message` is from the library.
 QString explained(const QString& message);

@@ -119,10 +119,6 @@
         <translation>الشبكة ⁨%1⁩ ليست محفوظة.</translation>
     </message>
     <message>
-        <source>Timed out connecting to %1.</source>
-        <translation>انتهت مهلة الاتصال بالشبكة ⁨%1⁩.</translation>
-    </message>
-    <message>
         <source>Wi-Fi control socket path is too long.</source>
         <translation>مسار مقبس التحكم في Wi-Fi طويل جدًا.</translation>
     </message>
@@ -151,7 +147,7 @@
     <name>ListPage</name>
     <message>
         <source>%1 is out of range.</source>
-        <translation>الشبكة ⁨%1⁩ خارج النطاق.</translation>
+        <translation>الشبكة %1 خارج النطاق.</translation>
     </message>
     <message>
         <source>out of range</source>
@@ -174,22 +170,6 @@
         <translation>إشارة جيدة جدًا</translation>
     </message>
     <message>
-        <source>open</source>
-        <translation>مفتوحة</translation>
-    </message>
-    <message>
-        <source>with password</source>
-        <translation>بكلمة مرور</translation>
-    </message>
-    <message>
-        <source>enterprise</source>
-        <translation>للمؤسسات</translation>
-    </message>
-    <message>
-        <source>other security</source>
-        <translation>أمان آخر</translation>
-    </message>
-    <message>
         <source>Wi-Fi</source>
         <translation>Wi-Fi</translation>
     </message>
@@ -207,7 +187,7 @@
     </message>
     <message>
         <source>Details of %1</source>
-        <translation>تفاصيل ⁨%1⁩</translation>
+        <translation>تفاصيل %1</translation>
     </message>
     <message>
         <source>Scan</source>
@@ -244,20 +224,8 @@
         <translation>الأمان</translation>
     </message>
     <message>
-        <source>open</source>
-        <translation>شبكة مفتوحة</translation>
-    </message>
-    <message>
         <source>WPA, with a password</source>
         <translation>بكلمة مرور (WPA)</translation>
-    </message>
-    <message>
-        <source>enterprise</source>
-        <translation>للمؤسسات</translation>
-    </message>
-    <message>
-        <source>other security</source>
-        <translation>أمان آخر</translation>
     </message>
     <message>
         <source>Signal</source>
@@ -309,11 +277,34 @@
     </message>
     <message>
         <source>Forget %1? Its password is deleted.</source>
-        <translation>هل تريد نسيان الشبكة ⁨%1⁩؟ ستُحذف كلمة مرورها.</translation>
+        <translation>هل تريد نسيان الشبكة %1؟ ستُحذف كلمة مرورها.</translation>
     </message>
     <message>
         <source>Keep</source>
         <translation>الاحتفاظ بها</translation>
+    </message>
+    <message>
+        <source>open</source>
+        <translation>شبكة مفتوحة</translation>
+    </message>
+</context>
+<context>
+    <name>Networks</name>
+    <message>
+        <source>enterprise</source>
+        <translation>للمؤسسات</translation>
+    </message>
+    <message>
+        <source>with password</source>
+        <translation>بكلمة مرور</translation>
+    </message>
+    <message>
+        <source>open</source>
+        <translation>مفتوحة</translation>
+    </message>
+    <message>
+        <source>other security</source>
+        <translation>أمان آخر</translation>
     </message>
 </context>
 <context>

@@ -119,10 +119,6 @@
         <translation>%1 ist kein gespeichertes Netzwerk.</translation>
     </message>
     <message>
-        <source>Timed out connecting to %1.</source>
-        <translation>Zeitüberschreitung bei der Verbindung mit %1.</translation>
-    </message>
-    <message>
         <source>Wi-Fi control socket path is too long.</source>
         <translation>Der Pfad des WLAN-Steuersockets ist zu lang.</translation>
     </message>
@@ -172,22 +168,6 @@
     <message>
         <source>very good signal</source>
         <translation>sehr gutes Signal</translation>
-    </message>
-    <message>
-        <source>open</source>
-        <translation>offen</translation>
-    </message>
-    <message>
-        <source>with password</source>
-        <translation>mit Passwort</translation>
-    </message>
-    <message>
-        <source>enterprise</source>
-        <translation>Enterprise</translation>
-    </message>
-    <message>
-        <source>other security</source>
-        <translation>andere Sicherheit</translation>
     </message>
     <message>
         <source>Wi-Fi</source>
@@ -244,20 +224,8 @@
         <translation>Sicherheit</translation>
     </message>
     <message>
-        <source>open</source>
-        <translation>offen</translation>
-    </message>
-    <message>
         <source>WPA, with a password</source>
         <translation>WPA, mit Passwort</translation>
-    </message>
-    <message>
-        <source>enterprise</source>
-        <translation>Enterprise</translation>
-    </message>
-    <message>
-        <source>other security</source>
-        <translation>andere Sicherheit</translation>
     </message>
     <message>
         <source>Signal</source>
@@ -314,6 +282,29 @@
     <message>
         <source>Keep</source>
         <translation>Behalten</translation>
+    </message>
+    <message>
+        <source>open</source>
+        <translation>offen</translation>
+    </message>
+</context>
+<context>
+    <name>Networks</name>
+    <message>
+        <source>enterprise</source>
+        <translation>Enterprise</translation>
+    </message>
+    <message>
+        <source>with password</source>
+        <translation>mit Passwort</translation>
+    </message>
+    <message>
+        <source>open</source>
+        <translation>offen</translation>
+    </message>
+    <message>
+        <source>other security</source>
+        <translation>andere Sicherheit</translation>
     </message>
 </context>
 <context>

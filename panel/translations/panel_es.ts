@@ -119,10 +119,6 @@
         <translation>%1 no es una red guardada.</translation>
     </message>
     <message>
-        <source>Timed out connecting to %1.</source>
-        <translation>Se agotó el tiempo para conectar a %1.</translation>
-    </message>
-    <message>
         <source>Wi-Fi control socket path is too long.</source>
         <translation>La ruta del socket de control del Wi-Fi es demasiado larga.</translation>
     </message>
@@ -172,22 +168,6 @@
     <message>
         <source>very good signal</source>
         <translation>muy buena señal</translation>
-    </message>
-    <message>
-        <source>open</source>
-        <translation>abierta</translation>
-    </message>
-    <message>
-        <source>with password</source>
-        <translation>con contraseña</translation>
-    </message>
-    <message>
-        <source>enterprise</source>
-        <translation>empresa</translation>
-    </message>
-    <message>
-        <source>other security</source>
-        <translation>otra seguridad</translation>
     </message>
     <message>
         <source>Wi-Fi</source>
@@ -244,20 +224,8 @@
         <translation>Seguridad</translation>
     </message>
     <message>
-        <source>open</source>
-        <translation>red abierta</translation>
-    </message>
-    <message>
         <source>WPA, with a password</source>
         <translation>contraseña WPA</translation>
-    </message>
-    <message>
-        <source>enterprise</source>
-        <translation>empresa</translation>
-    </message>
-    <message>
-        <source>other security</source>
-        <translation>otra seguridad</translation>
     </message>
     <message>
         <source>Signal</source>
@@ -314,6 +282,29 @@
     <message>
         <source>Keep</source>
         <translation>Conservar</translation>
+    </message>
+    <message>
+        <source>open</source>
+        <translation>red abierta</translation>
+    </message>
+</context>
+<context>
+    <name>Networks</name>
+    <message>
+        <source>enterprise</source>
+        <translation>empresa</translation>
+    </message>
+    <message>
+        <source>with password</source>
+        <translation>con contraseña</translation>
+    </message>
+    <message>
+        <source>open</source>
+        <translation>abierta</translation>
+    </message>
+    <message>
+        <source>other security</source>
+        <translation>otra seguridad</translation>
     </message>
 </context>
 <context>

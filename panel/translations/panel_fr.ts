@@ -119,10 +119,6 @@
         <translation>%1 n’est pas un réseau enregistré.</translation>
     </message>
     <message>
-        <source>Timed out connecting to %1.</source>
-        <translation>Délai dépassé lors de la connexion à %1.</translation>
-    </message>
-    <message>
         <source>Wi-Fi control socket path is too long.</source>
         <translation>Le chemin du socket de contrôle Wi-Fi est trop long.</translation>
     </message>
@@ -172,22 +168,6 @@
     <message>
         <source>very good signal</source>
         <translation>très bon signal</translation>
-    </message>
-    <message>
-        <source>open</source>
-        <translation>ouvert</translation>
-    </message>
-    <message>
-        <source>with password</source>
-        <translation>avec mot de passe</translation>
-    </message>
-    <message>
-        <source>enterprise</source>
-        <translation>entreprise</translation>
-    </message>
-    <message>
-        <source>other security</source>
-        <translation>autre sécurité</translation>
     </message>
     <message>
         <source>Wi-Fi</source>
@@ -244,20 +224,8 @@
         <translation>Sécurité</translation>
     </message>
     <message>
-        <source>open</source>
-        <translation>réseau ouvert</translation>
-    </message>
-    <message>
         <source>WPA, with a password</source>
         <translation>mot de passe WPA</translation>
-    </message>
-    <message>
-        <source>enterprise</source>
-        <translation>entreprise</translation>
-    </message>
-    <message>
-        <source>other security</source>
-        <translation>autre sécurité</translation>
     </message>
     <message>
         <source>Signal</source>
@@ -314,6 +282,29 @@
     <message>
         <source>Keep</source>
         <translation>Conserver</translation>
+    </message>
+    <message>
+        <source>open</source>
+        <translation>réseau ouvert</translation>
+    </message>
+</context>
+<context>
+    <name>Networks</name>
+    <message>
+        <source>enterprise</source>
+        <translation>entreprise</translation>
+    </message>
+    <message>
+        <source>with password</source>
+        <translation>avec mot de passe</translation>
+    </message>
+    <message>
+        <source>open</source>
+        <translation>ouvert</translation>
+    </message>
+    <message>
+        <source>other security</source>
+        <translation>autre sécurité</translation>
     </message>
 </context>
 <context>

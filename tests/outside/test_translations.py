@@ -9,7 +9,7 @@ import pytest
 from conftest import LIMIT, ROOT, require_tool
 
 PANEL = ROOT / "panel"
-LANGUAGES = "ar", "de", "es", "fr", "zh_CN"
+LANGUAGES = "ar", "de", "es", "fr", "zh_Hans"
 LUPDATE = "/usr/lib/qt6/bin/lupdate"
 
 

@@ -8,7 +8,6 @@
 
 #include "support/daemon.hpp"
 #include "support/fake_supplicant.hpp"
-#include "support/program.hpp"
 
 #include <QAccessible>
 #include <QGuiApplication>
@@ -30,212 +29,151 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
-/// As gtest prints it.
-void PrintTo(const QString& text, std::ostream* stream)
-{
-    *stream << text.toStdString();
-}
-
 namespace {
 
 constexpr int patience_ms = 60000;
 
-/// What a screen reader knows of an item.
-struct Heard {
-    QAccessibleInterface* item;
-    QString name() const
-    {
-        return item->text(QAccessible::Name);
-    }
-    bool is_enabled() const // Qt 6.4 does not tell screen readers
-    {
-        return qobject_cast<QQuickItem*>(item->object())->isEnabled();
-    }
-    /// Rows are called by the name of their network and what follows it.
-    bool is_called(const QString& wanted) const
-    {
-        return name() == wanted || name().startsWith(wanted + u", "_s)
-            || name().startsWith(wanted + u" - "_s);
-    }
-    bool is_for_fingers() const
-    {
-        return item->role() == QAccessible::Button || item->role() == QAccessible::EditableText
-            || item->role() == QAccessible::ListItem;
-    }
-};
-
-void hear(QAccessibleInterface* item, std::vector<Heard>& all)
+std::string name_of(const QAccessibleInterface* item)
 {
-    if (item->state().invisible)
-        return;
-    all.push_back({item});
-    for (int i = 0; i < item->childCount(); ++i)
-        hear(item->child(i), all);
+    return item == nullptr ? "" : item->text(QAccessible::Name).toStdString();
 }
 
-/// The window, with whatever listens at `socket`.
-class Panel {
-public:
+bool is_enabled(const QAccessibleInterface* item) // Qt 6.4 does not tell screen readers
+{
+    return item != nullptr && qobject_cast<QQuickItem*>(item->object())->isEnabled();
+}
+
+/// The window, with whatever listens at `socket`. Its items are those of a screen reader.
+struct Panel {
+    QQmlApplicationEngine engine;
+    QQuickWindow* window;
+
     /// An attempt to connect is given up after `connect_ms`.
-    explicit Panel(const std::string& socket, int connect_ms = 15000, QSize size = {480, 720})
+    explicit Panel(const std::string& socket, int connect_ms = 15000, QSize size = {480, 720},
+                   bool right_to_left = false, bool dark = false)
     {
         qputenv("CORVANE_WPA_SOCKET", socket.c_str());
         qputenv("CORVANE_WIFI_CONNECT_TIMEOUT_MS", QByteArray::number(connect_ms));
-        wifi_ = std::make_unique<Wifi>();
+        QGuiApplication::setLayoutDirection(right_to_left ? Qt::RightToLeft : Qt::LeftToRight);
+        QGuiApplication::setPalette(dark ? QPalette(QColor(40, 40, 40)) : QPalette());
         QAccessible::setActive(true);
-        load_window(engine_, *wifi_);
-        window().resize(size);
-        wifi_->watch(window());
-        window().show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window(), patience_ms));
-        window().requestActivate();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(&window(), patience_ms));
+        window = load_window(engine);
+        window->resize(size);
+        window->show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(window, patience_ms));
+        window->requestActivate();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window, patience_ms));
     }
 
-    QQuickWindow& window()
+    std::vector<QAccessibleInterface*> items()
     {
-        return *qobject_cast<QQuickWindow*>(engine_.rootObjects().constFirst());
-    }
-    Wifi& wifi()
-    {
-        return *wifi_;
-    }
-    std::vector<Heard> heard()
-    {
-        std::vector<Heard> all;
-        hear(QAccessible::queryAccessibleInterface(&window()), all);
+        std::vector all = {QAccessible::queryAccessibleInterface(window)};
+        for (size_t i = 0; i < all.size(); ++i)
+            for (int child = all[i]->childCount() - 1; child >= 0; --child)
+                if (QAccessibleInterface* item = all[i]->child(child); !item->state().invisible)
+                    all.insert(all.begin() + static_cast<std::ptrdiff_t>(i) + 1, item);
         return all;
     }
-    std::vector<std::string> names(QAccessible::Role role)
+    /// Null if there is none. Rows are called by the name of their network and what follows it.
+    QAccessibleInterface* find(const std::string& wanted)
     {
-        std::vector<std::string> names;
-        for (const Heard& one : heard())
-            if (one.item->role() == role)
-                names.push_back(one.name().toStdString());
-        return names;
+        for (QAccessibleInterface* item : items())
+            if (const std::string name = name_of(item); name == wanted
+                || name.starts_with(wanted + ", ") || name.starts_with(wanted + " - "))
+                return item;
+        return nullptr;
     }
-    std::optional<Heard> find(const QString& name)
-    {
-        for (const Heard& one : heard())
-            if (one.is_called(name))
-                return one;
-        return {};
-    }
-    bool shows(const QString& name)
-    {
-        return find(name).has_value();
-    }
-    Heard get(const QString& name)
-    {
-        wait_until_(name + u" is shown"_s, [&] { return shows(name); });
-        return *find(name);
-    }
-    void wait_for(const QString& name)
-    {
-        get(name);
-    }
-    void wait_until_(const QString& what, const std::function<bool()>& condition)
+    void wait_until(const std::string& what, const std::function<bool()>& condition)
     {
         if (QTest::qWaitFor(condition, patience_ms))
             return;
         std::string all;
-        for (const Heard& one : heard())
-            all += "\n  " + one.name().toStdString();
-        throw std::runtime_error("waited in vain until " + what.toStdString()
-                                 + "; there is:" + all);
+        for (const QAccessibleInterface* item : items())
+            all += "\n  " + name_of(item);
+        throw std::runtime_error("waited in vain until " + what + "; there is:" + all);
+    }
+    QAccessibleInterface* wait_for(const std::string& name)
+    {
+        wait_until(name + " is shown", [&] { return find(name) != nullptr; });
+        return find(name);
     }
     void wait_until_idle()
     {
-        wait_until_(u"nothing is under way"_s,
-                    [&] { return wifi().property("activity").toString().isEmpty(); });
+        wait_until("nothing is under way",
+                   [&] { return wifi_of(engine).property("activity").toString().isEmpty(); });
+    }
+    std::string focused()
+    {
+        return name_of(QAccessible::queryAccessibleInterface(window->activeFocusItem()));
+    }
+    /// What the pages call `name`.
+    QObject& object(const char* name)
+    {
+        return *window->findChild<QObject*>(QString::fromLatin1(name));
     }
 
-    QPoint centre(const QString& name)
+    QTest::QTouchEventSequence touch()
     {
-        return window().mapFromGlobal(get(name).item->rect().center());
+        static QPointingDevice* const finger = QTest::createTouchDevice();
+        return QTest::touchEvent(window, finger);
     }
-    void press(QPoint place)
+    void tap(QPoint place)
     {
-        QTest::touchEvent(&window(), finger()).press(0, place, &window());
+        touch().press(0, place);
+        touch().release(0, place);
     }
-    void release(QPoint place)
+    QPoint centre(const std::string& name)
     {
-        QTest::touchEvent(&window(), finger()).release(0, place, &window());
+        return window->mapFromGlobal(wait_for(name)->rect().center());
     }
-    void tap(const QString& name)
+    void tap(const std::string& name)
     {
-        wait_until_(name + u" can be tapped"_s,
-                    [&] { return shows(name) && find(name)->is_enabled(); });
-        const QPoint place = centre(name);
-        press(place);
-        release(place);
+        wait_until(name + " can be tapped", [&] { return is_enabled(find(name)); });
+        tap(centre(name));
     }
     void drag(QPoint from, QPoint to)
     {
-        press(from);
+        touch().press(0, from);
         for (int step = 1; step <= 10; ++step) {
-            QTest::touchEvent(&window(), finger())
-                .move(0, from + (to - from) * step / 10, &window());
+            touch().move(0, from + (to - from) * step / 10);
             QTest::qWait(5);
         }
-        release(to);
+        touch().release(0, to);
     }
     void keys(const std::vector<Qt::Key>& keys)
     {
         for (const Qt::Key key : keys)
-            QTest::keyClick(&window(), key);
+            QTest::keyClick(window, key);
     }
-    void type(const QString& text)
+    void type(const std::string& text)
     {
-        for (const QChar c : text)
-            QTest::keyClick(&window(), c.toLatin1());
+        for (const char c : text)
+            QTest::keyClick(window, c);
     }
-    void tab_to(const QString& name)
+    void tab_to(const std::string& name)
     {
         for (int i = 0; i < 10 && focused() != name; ++i)
             keys({Qt::Key_Tab});
         EXPECT_EQ(focused(), name);
     }
-    QString focused()
-    {
-        QAccessibleInterface* item = QAccessible::queryAccessibleInterface(
-            window().activeFocusItem());
-        return item == nullptr ? QString() : item->text(QAccessible::Name);
-    }
-    QQuickItem& list()
-    {
-        return *window().findChild<QQuickItem*>(u"list"_s);
-    }
-
-private:
-    static QPointingDevice* finger()
-    {
-        static QPointingDevice* const device = QTest::createTouchDevice();
-        return device;
-    }
-
-    std::unique_ptr<Wifi> wifi_;
-    QQmlApplicationEngine engine_;
 };
 
 const std::string home = profile("\"Home\"", "psk=\"home-password\"");
 
 /// With the simulator, connected to Home.
-class WithSimulator : public testing::Test {
+class Window : public testing::Test {
 protected:
     Daemon daemon{Kind::Simulator, {.profiles = home}};
     std::string connected = daemon.wait_for("STATUS", "ip_address");
     Panel panel{daemon.path()};
 };
-using Window = WithSimulator;
 
 std::string access_point(int number, const std::string& name, const std::string& flags = "[ESS]")
 {
-    char bssid[18];
-    std::snprintf(bssid, sizeof bssid, "02:00:00:00:01:%02x", number & 255);
-    return std::string(bssid) + "\t2412\t" + std::to_string(-40 - number / 2) + '\t' + flags + '\t'
-        + name + '\n';
+    return "02:00:00:00:01:" + std::to_string(number + 10) + "\t2412\t"
+        + std::to_string(-40 - number / 2) + '\t' + flags + '\t' + name + '\n';
 }
+
 /// No network is in use or saved; those of `lines` are in range.
 Script around(const std::string& lines)
 {
@@ -243,19 +181,20 @@ Script around(const std::string& lines)
             {"LIST_NETWORKS", {reply("network id / ssid / bssid / flags\n")}},
             {"SCAN_RESULTS", {reply("bssid / frequency / signal level / flags / ssid\n" + lines)}}};
 }
-Script many_networks()
+
+auto times(const FakeSupplicant& supplicant, const std::string& request)
 {
-    std::string lines;
-    for (int i = 10; i < 77; ++i)
-        lines += access_point(i, "Network " + std::to_string(i));
-    return around(lines);
+    return std::ranges::count(supplicant.requests(), request);
 }
 
 TEST_F(Window, ShowsTheConnectionThenSavedNetworksThenOthers)
 {
-    panel.wait_for(u"Home, Connected - 10.66.2.48"_s);
-    panel.wait_for(u"Café du Nord"_s);
-    const auto rows = panel.names(QAccessible::ListItem);
+    panel.wait_for("Home, Connected - 10.66.2.48");
+    panel.wait_for("Café du Nord");
+    std::vector<std::string> rows;
+    for (const QAccessibleInterface* item : panel.items())
+        if (item->role() == QAccessible::ListItem)
+            rows.push_back(name_of(item));
     EXPECT_THAT(rows, Contains(HasSubstr("Cafe, very good signal, open")));
     EXPECT_THAT(rows, Contains(HasSubstr("Bob \"5G\" C:\\net, ")));
     EXPECT_THAT(rows, Contains(testing::MatchesRegex("Office, .* signal, enterprise")));
@@ -264,69 +203,66 @@ TEST_F(Window, ShowsTheConnectionThenSavedNetworksThenOthers)
 
 TEST_F(Window, JoinsAnOpenNetworkWithOneTap)
 {
-    panel.tap(u"Cafe"_s);
-    panel.wait_for(u"Connecting to \u2068Cafe\u2069"_s);
-    panel.wait_for(u"Cafe, Connected - 10.66.2.48"_s);
+    panel.tap("Cafe");
+    panel.wait_for("Connecting to \u2068Cafe\u2069");
+    panel.wait_for("Cafe, Connected - 10.66.2.48");
     EXPECT_EQ(daemon.saved(), home + "\nnetwork={\n\tssid=\"Cafe\"\n\tkey_mgmt=NONE\n}\n");
 }
 
 TEST_F(Window, AsksForAPasswordAndKeepsItUntilItIsRight)
 {
     qputenv("CORVANE_WIFI_CONNECT_TIMEOUT_MS", "2500");
-    panel.tap(u"Modern"_s);
-    panel.type(u"1234567"_s);
-    EXPECT_FALSE(panel.get(u"Connect"_s).is_enabled());
-    panel.type(u"8"_s);
-    EXPECT_TRUE(panel.get(u"Connect"_s).is_enabled());
-    panel.tap(u"Show"_s);
-    panel.wait_for(u"Hide"_s);
-    EXPECT_EQ(panel.focused(), u"Password"_s);
-    panel.tap(u"Connect"_s);
-    panel.wait_for(u"Connecting to \u2068Modern\u2069"_s);
-    panel.wait_for(u"Could not connect. Check the password."_s);
+    panel.tap("Modern");
+    panel.type("1234567");
+    EXPECT_FALSE(is_enabled(panel.wait_for("Connect")));
+    panel.type("8");
+    EXPECT_TRUE(is_enabled(panel.wait_for("Connect")));
+    panel.tap("Show");
+    panel.wait_for("Hide");
+    EXPECT_EQ(panel.focused(), "Password");
+    panel.tap("Connect");
+    panel.wait_for("Connecting to \u2068Modern\u2069");
+    panel.wait_for("Could not connect. Check the password.");
     EXPECT_THAT(daemon.config(), Not(HasSubstr("Modern")));
-    auto* field = panel.window().findChild<QQuickItem*>(u"password"_s);
-    EXPECT_EQ(field->property("text").toString(), u"12345678"_s);
+    EXPECT_EQ(panel.object("password").property("text").toString().toStdString(), "12345678");
     daemon.wait_for("STATUS", "ssid=Home"); // it went back
-    field->setProperty("text", u"modern-password"_s);
-    panel.tap(u"Connect"_s);
-    panel.wait_for(u"Modern, Connected - 10.66.2.48"_s);
+    panel.object("password").setProperty("text", u"modern-password"_s);
+    panel.tap("Connect");
+    panel.wait_for("Modern, Connected - 10.66.2.48");
     EXPECT_THAT(daemon.config(), HasSubstr("ssid=\"Modern\"\n\tpsk=\"modern-password\"\n"));
     EXPECT_THAT(daemon.config(), Not(HasSubstr("disabled")));
 }
 
 TEST_F(Window, JoinsNamesAndPasswordsThatTheCommandLineCannot)
 {
-    panel.tap(u"Café du Nord"_s);
-    panel.type(u"nord-password"_s);
-    panel.tap(u"Connect"_s);
-    panel.wait_for(u"Café du Nord, Connected"_s);
+    panel.tap("Café du Nord");
+    panel.type("nord-password");
+    panel.tap("Connect");
+    panel.wait_for("Café du Nord, Connected");
     EXPECT_THAT(daemon.config(), HasSubstr("ssid=436166c3a9206475204e6f7264\n"));
 }
 
 TEST_F(Window, JoinsAHiddenNetwork)
 {
-    panel.tap(u"Hidden network"_s);
-    panel.type(u"Attic"_s);
-    panel.keys({Qt::Key_Return});
-    panel.type(u"attic-password"_s);
-    panel.keys({Qt::Key_Return});
-    panel.wait_for(u"Attic, Connected"_s);
+    panel.tap("Hidden network");
+    panel.type("Attic\rattic-password\r");
+    panel.wait_for("Attic, Connected");
     EXPECT_THAT(daemon.config(), HasSubstr("ssid=\"Attic\"\n\tscan_ssid=1\n"));
 }
 
 TEST_F(Window, ForgetsAfterAQuestionWhoseSafeAnswerHasTheFocus)
 {
-    panel.tap(u"Home"_s);
-    panel.tap(u"Forget"_s);
-    panel.wait_for(u"Forget Home? Its password is deleted."_s);
-    panel.wait_until_(u"Keep has the focus"_s, [&] { return panel.focused() == u"Keep"_s; });
+    panel.tap("Home");
+    panel.wait_for("10.66.2.48");
+    panel.tap("Forget");
+    panel.wait_for("Forget \u2068Home\u2069? Its password is deleted.");
+    panel.wait_until("Keep has the focus", [&] { return panel.focused() == "Keep"; });
     panel.keys({Qt::Key_Return});
     EXPECT_EQ(daemon.saved(), home);
-    panel.tap(u"Forget"_s);
-    panel.wait_until_(u"Keep has the focus"_s, [&] { return panel.focused() == u"Keep"_s; });
+    panel.tap("Forget");
+    panel.wait_until("Keep has the focus", [&] { return panel.focused() == "Keep"; });
     panel.keys({Qt::Key_Tab, Qt::Key_Return});
-    panel.wait_for(u"Wi-Fi, Not connected"_s);
+    panel.wait_for("Wi-Fi, Not connected");
     EXPECT_EQ(daemon.saved(), "");
 }
 
@@ -336,140 +272,145 @@ TEST_F(Window, OffersANewPasswordWhenASavedNetworkFails)
     ASSERT_EQ(daemon.ask("ADD_NETWORK"), "1\n");
     ASSERT_EQ(daemon.ask("SET_NETWORK 1 ssid \"Twins\""), "OK\n");
     ASSERT_EQ(daemon.ask("SET_NETWORK 1 psk \"out-of-date\""), "OK\n");
-    panel.tap(u"Scan"_s);
-    panel.wait_for(u"Twins, saved"_s);
-    panel.tap(u"Twins"_s);
+    panel.tap("Scan");
+    panel.wait_for("Twins, saved");
+    panel.tap("Twins");
     panel.wait_for(
-        u"Could not connect to \u2068Twins\u2069. It may be out of range, or its password "
-        "has changed."_s);
-    EXPECT_FALSE(panel.shows(u"Twins, Connected"_s));
-    panel.tap(u"New password"_s);
-    panel.type(u"twins-password"_s);
-    panel.tap(u"Connect"_s);
-    panel.wait_for(u"Twins, Connected"_s);
+        "Could not connect to \u2068Twins\u2069. It may be out of range, or its password "
+        "has changed.");
+    EXPECT_EQ(panel.find("Twins, Connected"), nullptr);
+    panel.tap("New password");
+    panel.type("twins-password");
+    panel.tap("Connect");
+    panel.wait_for("Twins, Connected");
     EXPECT_THAT(daemon.config(), HasSubstr("twins-password"));
     EXPECT_THAT(daemon.config(), Not(HasSubstr("out-of-date")));
 }
 
 TEST_F(Window, DoesWithKeysWhatAFingerDoes)
 {
-    panel.wait_for(u"Cafe"_s);
+    panel.wait_for("Cafe");
     panel.keys({Qt::Key_Down, Qt::Key_Up, Qt::Key_Right});
-    panel.wait_for(u"Access point"_s);
-    EXPECT_EQ(panel.focused(), u"Connect"_s);
+    panel.wait_for("Access point");
+    EXPECT_EQ(panel.focused(), "Connect");
     panel.keys({Qt::Key_Escape});
-    EXPECT_THAT(panel.focused().toStdString(), testing::StartsWith("Cafe, "));
-    panel.tab_to(u"Hidden network"_s);
+    EXPECT_THAT(panel.focused(), testing::StartsWith("Cafe, "));
+    panel.tab_to("Hidden network");
     panel.keys({Qt::Key_Return});
-    EXPECT_EQ(panel.focused(), u"Name"_s);
-    panel.tab_to(u"Cancel"_s);
+    EXPECT_EQ(panel.focused(), "Name");
+    panel.tab_to("Cancel");
     panel.keys({Qt::Key_Space});
-    panel.tab_to(u"Home, Connected - 10.66.2.48"_s);
+    panel.tab_to("Home, Connected - 10.66.2.48");
     panel.keys({Qt::Key_Return});
-    panel.tab_to(u"Disconnect"_s);
+    panel.tab_to("Disconnect");
     panel.keys({Qt::Key_Return});
-    panel.wait_for(u"Wi-Fi, Not connected"_s);
-    panel.tab_to(u"Scan"_s);
+    panel.wait_for("Wi-Fi, Not connected");
+    panel.tab_to("Scan");
     panel.keys({Qt::Key_Return});
-    panel.wait_for(u"Looking for networks"_s);
+    panel.wait_for("Looking for networks");
     panel.wait_until_idle();
     panel.keys({Qt::Key_Backtab, Qt::Key_Up});
-    EXPECT_THAT(panel.focused().toStdString(), testing::StartsWith("Home, saved"));
+    EXPECT_THAT(panel.focused(), testing::StartsWith("Home, saved"));
     panel.keys({Qt::Key_Return});
-    panel.wait_for(u"Home, Connected"_s);
+    panel.wait_for("Home, Connected");
 }
 
 TEST_F(Window, LooksAsInTheDocuments)
 {
     const QString folder = qEnvironmentVariable("CORVANE_PICTURES");
-    panel.wait_for(u"Antique"_s);
+    panel.wait_for("Antique");
     for (const auto& [name, size] :
          {std::pair(u"phone"_s, QSize(400, 720)), std::pair(u"tablet"_s, QSize(1024, 600))}) {
-        panel.window().resize(size);
+        panel.window->resize(size);
         QTest::qWait(200); // the layout follows
-        const QImage picture = panel.window().grabWindow();
+        const QImage picture = panel.window->grabWindow();
         EXPECT_EQ(picture.size(), size);
-        EXPECT_TRUE(folder.isEmpty() || picture.save(folder + u"/panel-"_s + name + u".png"_s));
+        EXPECT_TRUE(folder.isEmpty() || picture.save(folder + u"/panel-%1.png"_s.arg(name)));
     }
 }
 
 TEST_F(Window, EndsOnlyWhenTheAttemptHasEnded)
 {
-    panel.tap(u"Cafe"_s);
-    panel.wait_for(u"Connecting to \u2068Cafe\u2069"_s);
-    panel.window().close();
-    EXPECT_FALSE(panel.window().isVisible());
+    panel.tap("Cafe");
+    panel.wait_for("Connecting to \u2068Cafe\u2069");
+    panel.window->close();
+    EXPECT_FALSE(panel.window->isVisible());
     panel.wait_until_idle();
     EXPECT_THAT(daemon.config(), HasSubstr("Cafe"));
 }
 
 TEST(List, ScrollsUnderAFingerAndStaysWhereItIs)
 {
-    FakeSupplicant supplicant(many_networks());
+    std::string many;
+    for (int i = 10; i < 77; ++i)
+        many += access_point(i, "Network " + std::to_string(i));
+    FakeSupplicant supplicant(around(many));
     Panel panel(supplicant.path());
-    panel.wait_for(u"Network 10"_s);
-    for (int i = 0; i < 60 && !panel.shows(u"Network 76"_s); ++i)
+    const auto place_at_rest = [&] {
+        const QObject& list = panel.object("list");
+        panel.wait_until("the list is at rest", [&] { return !list.property("moving").toBool(); });
+        return list.property("contentY").toDouble();
+    };
+    panel.wait_for("Network 10");
+    for (int i = 0; i < 60 && panel.find("Network 76") == nullptr; ++i)
         panel.drag({240, 550}, {240, 150});
-    panel.wait_until_(u"the list is at rest"_s,
-                      [&] { return !panel.list().property("moving").toBool(); });
-    panel.wait_for(u"Network 76"_s);
-    const double place = panel.list().property("contentY").toDouble();
-    EXPECT_GT(place, 2000);
+    const double end = place_at_rest();
+    panel.wait_for("Network 76");
+    EXPECT_GT(end, 2000);
     panel.drag({240, 150}, {240, 350});
-    panel.wait_until_(u"the list is at rest"_s,
-                      [&] { return !panel.list().property("moving").toBool(); });
-    const double above = panel.list().property("contentY").toDouble();
-    EXPECT_LT(above, place);
-    supplicant.on("SCAN_RESULTS", many_networks().at("SCAN_RESULTS"));
-    panel.tap(u"Scan"_s);
+    const double above = place_at_rest();
+    EXPECT_LT(above, end);
+    panel.tap("Scan");
     panel.wait_until_idle();
-    EXPECT_EQ(panel.list().property("contentY").toDouble(), above);
-    EXPECT_THAT(supplicant.requests(), Not(Contains("ADD_NETWORK"))); // no row was tapped
+    EXPECT_EQ(place_at_rest(), above);
+    EXPECT_EQ(times(supplicant, "ADD_NETWORK"), 0); // no row was tapped
 }
 
 TEST(List, ScansWhenItIsPulledDown)
 {
     FakeSupplicant supplicant(around(access_point(1, "Only")));
     Panel panel(supplicant.path());
-    panel.wait_for(u"Only"_s);
-    panel.wait_until_(u"it has scanned by itself"_s,
-                      [&] { return supplicant.wait_for_request("SCAN"); });
-    const auto scans = [&] { return std::ranges::count(supplicant.requests(), "SCAN"); };
-    const auto before = scans();
+    panel.wait_for("Only");
     panel.drag({240, 300}, {240, 640});
-    panel.wait_until_(u"it scans"_s, [&] { return scans() > before; });
+    panel.wait_for("Looking for networks");
 }
 
 TEST(List, StaysAsItIsWhileAFingerIsDown)
 {
     FakeSupplicant supplicant(around(access_point(1, "Cafe")));
     Panel panel(supplicant.path());
-    const auto looks = [&] { return std::ranges::count(supplicant.requests(), "SCAN_RESULTS"); };
-    panel.wait_until_(u"it has looked and scanned"_s, [&] { return looks() == 2; });
+    const auto looks = [&] { return times(supplicant, "SCAN_RESULTS"); };
+    panel.wait_until("it has looked and scanned", [&] { return looks() >= 2; });
     const QPoint blank(240, 500);
-    panel.press(blank);
+    panel.touch().press(0, blank);
     supplicant.on("SCAN_RESULTS", {reply("")});
     supplicant.on("STATUS", {reply("wpa_state=INACTIVE\n")});
-    panel.wait_until_(u"it has looked again"_s, [&] { return looks() == 3; });
+    panel.wait_until("it has looked again", [&] { return looks() >= 3; });
     QTest::qWait(500);
-    EXPECT_TRUE(panel.shows(u"Cafe"_s));
-    panel.release(blank);
-    panel.wait_until_(u"the row is gone"_s, [&] { return !panel.shows(u"Cafe"_s); });
+    EXPECT_NE(panel.find("Cafe"), nullptr);
+    panel.touch().release(0, blank);
+    panel.wait_until("the row is gone", [&] { return panel.find("Cafe") == nullptr; });
 }
 
 TEST(List, TakesADoubleTapForOne)
 {
     FakeSupplicant supplicant(around(access_point(1, "Cafe")));
     Panel panel(supplicant.path(), 1);
-    const QPoint place = panel.centre(u"Cafe"_s);
-    for (int i = 0; i < 2; ++i) {
-        panel.press(place);
-        panel.release(place);
-    }
-    panel.wait_until_(u"it joins"_s, [&] { return supplicant.wait_for_request("ADD_NETWORK"); });
+    const QPoint place = panel.centre("Cafe");
+    panel.tap(place);
+    panel.tap(place);
+    panel.wait_for("Could not connect to \u2068Cafe\u2069.");
+    panel.tap("Scan"); // after whatever else was begun
     panel.wait_until_idle();
-    EXPECT_EQ(std::ranges::count(supplicant.requests(), "ADD_NETWORK"), 1);
-    panel.wait_for(u"Could not connect to \u2068Cafe\u2069."_s);
+    EXPECT_EQ(times(supplicant, "ADD_NETWORK"), 1);
+}
+
+TEST(List, SaysThatASavedNetworkIsOutOfRange)
+{
+    FakeSupplicant supplicant;
+    Panel panel(supplicant.path());
+    panel.tap("Home");
+    panel.wait_for("\u2068Home\u2069 is out of range.");
 }
 
 TEST(List, IsLeftAloneByARefusedScan)
@@ -477,19 +418,19 @@ TEST(List, IsLeftAloneByARefusedScan)
     FakeSupplicant supplicant(around(access_point(1, "Cafe")));
     supplicant.on("SCAN", {reply("FAIL")});
     Panel panel(supplicant.path());
-    panel.tap(u"Scan"_s);
-    panel.wait_for(u"Could not start Wi-Fi scan: FAIL"_s);
-    EXPECT_TRUE(panel.shows(u"Cafe"_s));
+    panel.tap("Scan");
+    panel.wait_for("Could not start Wi-Fi scan: FAIL");
+    EXPECT_NE(panel.find("Cafe"), nullptr);
 }
 
 TEST(Requests, SaveOnceAndRemoveWhatDoesNotWork)
 {
     FakeSupplicant supplicant(around(access_point(1, R"(Caf\xc3\xa9)", "[WPA2-SAE-CCMP][ESS]")));
     Panel panel(supplicant.path(), 1);
-    panel.tap(u"Café"_s);
-    panel.type(u"pass \"word\" \\o/"_s);
-    panel.tap(u"Connect"_s);
-    panel.wait_for(u"Could not connect. Check the password."_s);
+    panel.tap("Café");
+    panel.type("pass \"word\" \\o/");
+    panel.tap("Connect");
+    panel.wait_for("Could not connect. Check the password.");
     Requests changes = supplicant.requests();
     std::erase_if(changes, [](const std::string& request) {
         return request == "STATUS" || request == "SCAN" || request == "SCAN_RESULTS"
@@ -507,65 +448,53 @@ TEST(Requests, BringBackTheOldProfileIfTheNewOneCannotBeSaved)
     FakeSupplicant supplicant({{"SAVE_CONFIG", {reply("FAIL")}},
                                {"LIST_NETWORKS", {reply("network id / ssid\n5\tHome2\tany\t\n")}}});
     Panel panel(supplicant.path());
-    panel.tap(u"Hidden network"_s);
-    panel.type(u"Home2"_s);
-    panel.keys({Qt::Key_Return});
-    panel.type(u"new-password"_s);
-    panel.keys({Qt::Key_Return});
-    panel.wait_for(u"Could not save Wi-Fi network: FAIL"_s);
+    panel.tap("Hidden network");
+    panel.type("Home2\rnew-password\r");
+    panel.wait_for("Could not save Wi-Fi network: FAIL");
     EXPECT_THAT(supplicant.requests(), testing::IsSupersetOf({"REMOVE_NETWORK 5", "RECONFIGURE"}));
+}
+
+TEST(Requests, EndWhenNoProfileIsMade)
+{
+    FakeSupplicant supplicant(around(access_point(1, "Cafe")));
+    supplicant.on("ADD_NETWORK", {reply("FAIL")});
+    Panel panel(supplicant.path());
+    panel.tap("Cafe");
+    panel.wait_for("wpa_supplicant did not create a network profile.");
 }
 
 TEST(Requests, StopWhileTheWindowIsHidden)
 {
     FakeSupplicant supplicant(around(access_point(1, "Cafe")));
     Panel panel(supplicant.path());
-    panel.wait_for(u"Cafe"_s);
+    panel.wait_for("Cafe");
     const auto count = [&] { return supplicant.requests().size(); };
-    panel.window().hide();
+    panel.window->hide();
     QTest::qWait(2500); // the scan of the start ends
     const size_t before = count();
     QTest::qWait(7000);
     EXPECT_EQ(count(), before);
-    panel.window().show();
-    panel.wait_until_(u"it looks again"_s, [&] { return count() > before; });
+    panel.window->show();
+    panel.wait_until("it looks again", [&] { return count() > before; });
     const size_t shown = count();
     QTest::qWait(7000);
     EXPECT_GT(count(), shown);
     EXPECT_LE(count(), shown + 3);
 }
 
-struct Situation {
-    const char* name;
-    Script script;
-    QString words;
-};
-void PrintTo(const Situation& situation, std::ostream* stream)
+TEST(Situations, AreNamedInWords)
 {
-    *stream << situation.name;
-}
-class Situations : public testing::TestWithParam<Situation> { };
-Script status(const std::string& lines)
-{
-    return {{"STATUS", {reply(lines)}}};
-}
-INSTANTIATE_TEST_SUITE_P(
-    Of, Situations,
-    testing::Values(
-        Situation{"RadioOff", status("wpa_state=INTERFACE_DISABLED\n"),
-                  u"Wi-Fi is switched off."_s},
-        Situation{"NoAddress", status("wpa_state=COMPLETED\nssid=Twins\nid=1\n"),
-                  u"Connected, but no address. Is a DHCP client running?"_s},
-        Situation{"OnTheWay", status("wpa_state=ASSOCIATING\nssid=x\n"),
-                  u"Connecting to \u2068x\u2069"_s},
-        Situation{"Failed", status("wpa_state=SCANNING\n"), u"Not connected"_s},
-        Situation{"Silent", {{"STATUS", {silence()}}}, u"The Wi-Fi service does not answer."_s}),
-    [](const auto& situation) { return situation.param.name; });
-TEST_P(Situations, AreNamedInWords)
-{
-    FakeSupplicant supplicant(GetParam().script);
-    Panel panel(supplicant.path());
-    panel.wait_for(GetParam().words);
+    for (const auto& [answer, words] : std::vector<std::pair<Answer, std::string>>{
+             {reply("wpa_state=INTERFACE_DISABLED\n"), "Wi-Fi is switched off."},
+             {reply("wpa_state=COMPLETED\nssid=Twins\nid=1\n"),
+              "Connected, but no address. Is a DHCP client running?"},
+             {reply("wpa_state=ASSOCIATING\nssid=x\n"), "Connecting to \u2068x\u2069"},
+             {reply("wpa_state=SCANNING\n"), "Not connected"},
+             {silence(), "The Wi-Fi service does not answer."}}) {
+        FakeSupplicant supplicant({{"STATUS", {answer}}});
+        Panel panel(supplicant.path());
+        panel.wait_for(words);
+    }
 }
 
 TEST(Situations, TellWhatHelpsWithoutAServiceAndEndWhenItStarts)
@@ -573,90 +502,73 @@ TEST(Situations, TellWhatHelpsWithoutAServiceAndEndWhenItStarts)
     const TemporaryFolder folder;
     const std::string path = folder.path() + "/wlan0";
     Panel panel(path);
-    panel.tap(u"Scan"_s);
-    panel.wait_for(u"Wi-Fi, The Wi-Fi service is not running."_s);
+    panel.tap("Scan");
+    panel.wait_for("Wi-Fi, The Wi-Fi service is not running.");
     FakeSupplicant supplicant(around(""));
     ASSERT_EQ(symlink(supplicant.path().c_str(), path.c_str()), 0);
-    panel.wait_for(u"Wi-Fi, Not connected"_s);
-    EXPECT_FALSE(panel.shows(u"The Wi-Fi service is not running."_s));
+    panel.wait_for("Wi-Fi, Not connected");
+    EXPECT_EQ(panel.find("The Wi-Fi service is not running."), nullptr);
     EXPECT_EQ(explained(u"Could not connect to wpa_supplicant: Permission denied"_s),
               u"You may not control Wi-Fi. Your user must be in the group netdev."_s);
 }
 
-struct Name {
-    const char* printed;
-    QString shown;
-};
 TEST(Names, AreShownAsPeopleWriteThem)
 {
-    for (const auto& [printed, shown] : std::vector<Name>{
-             {"Home", u"Home"_s},
-             {R"(Caf\xc3\xa9)", u"Café"_s},
-             {R"(\xe7\xbd\x91\xe7\xbb\x9c)", u"网络"_s},
-             {R"(a\"b\\c)", u"a\"b\\c"_s},
-             {" Hotel ", u"\u2423Hotel\u2423"_s},
-             {"a  b c", u"a\u2423\u2423b c"_s},
-             {R"(\xff)", uR"(\xff)"_s},                     // not UTF-8
-             {R"(a\tb)", uR"(a\tb)"_s},                     // a control character
-             {R"(a\xe2\x80\xaeb)", uR"(a\xe2\x80\xaeb)"_s}, // turns the direction
-             {R"(a\xc2\xa0b)", uR"(a\xc2\xa0b)"_s},         // a blank that looks like a space
-             {R"(a\xe3\x85\xa4)", uR"(a\xe3\x85\xa4)"_s},   // a letter that is blank
-             {R"(\xe2\x90\xa3)", uR"(\xe2\x90\xa3)"_s},     // what stands for a space
+    for (const auto& [printed, shown] : std::vector<std::pair<const char*, std::string>>{
+             {"Home", "Home"},
+             {R"(Caf\xc3\xa9)", "Café"},
+             {R"(\xe7\xbd\x91\xe7\xbb\x9c)", "网络"},
+             {R"(a\"b\\c)", "a\"b\\c"},
+             {" Hotel ", "\u2423Hotel\u2423"},
+             {"a  b c", "a\u2423\u2423b c"},
+             {R"(\xff)", R"(\xff)"},                     // not UTF-8
+             {R"(a\tb)", R"(a\tb)"},                     // a control character
+             {R"(a\xe2\x80\xaeb)", R"(a\xe2\x80\xaeb)"}, // turns the direction
+             {R"(a\xc2\xa0b)", R"(a\xc2\xa0b)"},         // a blank that looks like a space
+             {R"(a\xe3\x85\xa4)", R"(a\xe3\x85\xa4)"},   // a letter that is blank
+             {R"(\xe2\x90\xa3)", R"(\xe2\x90\xa3)"},     // what stands for a space
          })
-        EXPECT_EQ(readable(QString::fromUtf8(printed)), shown);
+        EXPECT_EQ(readable(QString::fromUtf8(printed)).toStdString(), shown);
     EXPECT_EQ(bytes_of(uR"(\"\\\e\n\r\t\x00\xc3\xa9)"_s),
               QByteArray("\"\\\x1b\n\r\t\0\xc3\xa9", 9));
 }
 
 /// Width and height; whether the layout runs from right to left, and the colours are dark.
-class Sizes : public testing::TestWithParam<std::tuple<QSize, bool, bool>> {
-protected:
-    void SetUp() override
-    {
-        const auto [size, right_to_left, dark] = GetParam();
-        if (right_to_left)
-            QGuiApplication::setLayoutDirection(Qt::RightToLeft);
-        if (dark)
-            QGuiApplication::setPalette(QPalette(QColor(40, 40, 40)));
-    }
-    void TearDown() override
-    {
-        QGuiApplication::setLayoutDirection(Qt::LeftToRight);
-        QGuiApplication::setPalette(QPalette());
-    }
-};
+class Sizes : public testing::TestWithParam<std::tuple<QSize, bool, bool>> { };
 INSTANTIATE_TEST_SUITE_P(Of, Sizes,
                          testing::Combine(testing::Values(QSize(320, 480), QSize(480, 320),
                                                           QSize(1200, 1920), QSize(2560, 1600)),
                                           testing::Bool(), testing::Bool()));
 void check_layout(Panel& panel)
 {
-    const QRect window = panel.window().geometry();
-    for (const Heard& one : panel.heard()) {
-        const QRect place = one.item->rect();
-        EXPECT_TRUE(place.left() >= window.left() && place.right() <= window.right())
-            << one.name().toStdString();
-        EXPECT_TRUE(place.height() >= 48 || !one.is_for_fingers()) << one.name().toStdString();
+    const QRect window = panel.window->geometry();
+    for (const QAccessibleInterface* item : panel.items()) {
+        const QRect place = item->rect();
+        const bool is_for_fingers = item->role() == QAccessible::Button
+            || item->role() == QAccessible::EditableText || item->role() == QAccessible::ListItem;
+        EXPECT_TRUE(place.left() >= window.left() && place.right() <= window.right()
+                    && (place.height() >= 48 || !is_for_fingers))
+            << name_of(item);
     }
 }
 TEST_P(Sizes, HoldEveryPage)
 {
-    const std::string wide(32, 'W');
-    FakeSupplicant supplicant(around(access_point(1, wide, "[WPA2-PSK-CCMP][ESS]")
+    const auto [size, right_to_left, dark] = GetParam();
+    const std::string name(32, 'W');
+    FakeSupplicant supplicant(around(access_point(1, name, "[WPA2-PSK-CCMP][ESS]")
                                      + access_point(2, R"(\xff)", "[WPA2-EAP-CCMP][ESS]")));
-    Panel panel(supplicant.path(), 15000, std::get<QSize>(GetParam()));
-    const QString name = QString::fromStdString(wide);
+    Panel panel(supplicant.path(), 15000, size, right_to_left, dark);
     panel.wait_for(name);
     check_layout(panel);
-    const QImage image = panel.window().grabWindow();
-    EXPECT_EQ(image.size(), std::get<QSize>(GetParam()) * panel.window().devicePixelRatio());
-    EXPECT_EQ(image.pixelColor(1, 1).lightness() < 128, std::get<2>(GetParam()));
-    panel.tap(u"Details of "_s + name);
-    panel.wait_for(u"Channel"_s);
+    const QImage image = panel.window->grabWindow();
+    EXPECT_EQ(image.size(), size * panel.window->devicePixelRatio());
+    EXPECT_EQ(image.pixelColor(1, 1).lightness() < 128, dark);
+    panel.tap("Details of \u2068" + name + "\u2069");
+    panel.wait_for("Channel");
     check_layout(panel);
-    panel.tap(u"Back"_s);
+    panel.tap("Back");
     panel.tap(name);
-    panel.wait_for(u"Password"_s);
+    panel.wait_for("Password");
     check_layout(panel);
 }
 
@@ -680,19 +592,19 @@ TEST_P(RandomEvents, LeaveAWindowThatWorks)
         }
         place = {below(480), below(720)};
         if (down)
-            panel.release(place);
+            panel.touch().release(0, place);
         else
-            panel.press(place);
+            panel.touch().press(0, place);
         down = !down;
     }
     if (down)
-        panel.release(place);
+        panel.touch().release(0, place);
     panel.wait_until_idle();
     for (int i = 0; i < 5; ++i)
         panel.keys({Qt::Key_Escape});
-    panel.wait_for(u"Scan"_s);
-    panel.tap(u"Hidden network"_s);
-    panel.wait_for(u"Name"_s);
+    panel.wait_for("Scan");
+    panel.tap("Hidden network");
+    panel.wait_for("Name");
 }
 
 QQuickItem* find_key(QQuickItem* item, const QString& text)
@@ -714,45 +626,43 @@ TEST(OnScreenKeyboard, TypesThePassword)
         GTEST_SKIP() << "QT_IM_MODULE does not name the on-screen keyboard";
     FakeSupplicant supplicant(around(access_point(1, "Home", "[WPA2-PSK-CCMP][ESS]")));
     Panel panel(supplicant.path(), 1);
-    panel.tap(u"Home"_s);
-    panel.wait_until_(u"there is a keyboard"_s,
-                      [&] { return find_key(panel.window().contentItem(), u"h"_s) != nullptr; });
+    panel.tap("Home");
+    const auto key = [&] { return find_key(panel.window->contentItem(), u"h"_s); };
+    panel.wait_until("there is a keyboard", [&] { return key() != nullptr; });
     QTest::qWait(500); // it slides in
-    QQuickItem* key = find_key(panel.window().contentItem(), u"h"_s);
+    const QRectF place = key()->mapRectToScene(key()->boundingRect());
     for (int i = 0; i < 8; ++i) {
-        const QPoint place = key->mapToScene({key->width() / 2, key->height() / 2}).toPoint();
-        panel.press(place);
+        panel.touch().press(0, place.center().toPoint());
         QTest::qWait(50);
-        panel.release(place);
+        panel.touch().release(0, place.center().toPoint());
     }
-    auto* field = panel.window().findChild<QQuickItem*>(u"password"_s);
-    EXPECT_EQ(field->property("text").toString(), u"hhhhhhhh"_s);
-    panel.tap(u"Connect"_s);
-    panel.wait_until_(u"it joins"_s, [&] {
-        return supplicant.wait_for_request("SET_NETWORK 3 psk \"hhhhhhhh\"");
-    });
+    EXPECT_EQ(panel.object("password").property("text").toString().toStdString(), "hhhhhhhh");
+    panel.tap("Connect");
+    panel.wait_until("it joins",
+                     [&] { return times(supplicant, "SET_NETWORK 3 psk \"hhhhhhhh\"") == 1; });
 }
 
 /// In the lab's machine: joins CORVANE_PANEL_SSID, which may be hidden, on the real radio.
 TEST(OnRadios, Joins)
 {
-    const QString ssid = qEnvironmentVariable("CORVANE_PANEL_SSID");
-    if (ssid.isEmpty())
+    const std::string ssid = qgetenv("CORVANE_PANEL_SSID").toStdString();
+    if (ssid.empty())
         GTEST_SKIP() << "CORVANE_PANEL_SSID names no network to join";
     Panel panel(qgetenv("CORVANE_WPA_SOCKET").toStdString(), 30000, {480, 1600});
-    panel.tap(u"Scan"_s);
+    panel.tap("Scan");
     panel.wait_until_idle();
     if (qEnvironmentVariableIsSet("CORVANE_PANEL_HIDDEN")) {
-        panel.tap(u"Hidden network"_s);
-        panel.type(ssid);
-        panel.keys({Qt::Key_Return});
+        panel.tap("Hidden network");
+        panel.type(ssid + '\r');
     } else {
         panel.tap(ssid);
     }
-    panel.type(qEnvironmentVariable("CORVANE_PANEL_PASSWORD"));
-    panel.tap(u"Connect"_s);
+    panel.type(qgetenv("CORVANE_PANEL_PASSWORD").toStdString());
+    panel.tap("Connect");
     panel.wait_until_idle();
-    panel.wait_for(qEnvironmentVariable("CORVANE_PANEL_RESULT", ssid + u", Connected"_s));
+    panel.wait_for(qEnvironmentVariableIsSet("CORVANE_PANEL_RESULT")
+                       ? qgetenv("CORVANE_PANEL_RESULT").toStdString()
+                       : ssid + ", Connected");
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 <?xml version="1.0" encoding="utf-8"?>
 <!DOCTYPE TS>
-<TS version="2.1" language="zh_CN" sourcelanguage="en">
+<TS version="2.1" language="zh_Hans" sourcelanguage="en">
 <context>
     <name>JoinPage</name>
     <message>
@@ -119,10 +119,6 @@
         <translation>%1 不是已保存的网络。</translation>
     </message>
     <message>
-        <source>Timed out connecting to %1.</source>
-        <translation>连接 %1 超时。</translation>
-    </message>
-    <message>
         <source>Wi-Fi control socket path is too long.</source>
         <translation>WLAN 控制套接字的路径过长。</translation>
     </message>
@@ -172,22 +168,6 @@
     <message>
         <source>very good signal</source>
         <translation>信号很好</translation>
-    </message>
-    <message>
-        <source>open</source>
-        <translation>开放</translation>
-    </message>
-    <message>
-        <source>with password</source>
-        <translation>需要密码</translation>
-    </message>
-    <message>
-        <source>enterprise</source>
-        <translation>企业</translation>
-    </message>
-    <message>
-        <source>other security</source>
-        <translation>其他安全类型</translation>
     </message>
     <message>
         <source>Wi-Fi</source>
@@ -244,20 +224,8 @@
         <translation>安全性</translation>
     </message>
     <message>
-        <source>open</source>
-        <translation>开放</translation>
-    </message>
-    <message>
         <source>WPA, with a password</source>
         <translation>WPA，需要密码</translation>
-    </message>
-    <message>
-        <source>enterprise</source>
-        <translation>企业</translation>
-    </message>
-    <message>
-        <source>other security</source>
-        <translation>其他安全类型</translation>
     </message>
     <message>
         <source>Signal</source>
@@ -314,6 +282,29 @@
     <message>
         <source>Keep</source>
         <translation>保留</translation>
+    </message>
+    <message>
+        <source>open</source>
+        <translation>开放</translation>
+    </message>
+</context>
+<context>
+    <name>Networks</name>
+    <message>
+        <source>enterprise</source>
+        <translation>企业</translation>
+    </message>
+    <message>
+        <source>with password</source>
+        <translation>需要密码</translation>
+    </message>
+    <message>
+        <source>open</source>
+        <translation>开放</translation>
+    </message>
+    <message>
+        <source>other security</source>
+        <translation>其他安全类型</translation>
     </message>
 </context>
 <context>
