@@ -36,9 +36,12 @@ void try_command(const Client& client, const QByteArray& request)
 void wait_connected(const Client& client, int id)
 {
     bool ok = false;
-    const int limit_ms = qEnvironmentVariableIntValue("CORVANE_WIFI_CONNECT_TIMEOUT_MS", &ok);
+    const int given_ms = qEnvironmentVariableIntValue("CORVANE_WIFI_CONNECT_TIMEOUT_MS", &ok);
+    const int limit_ms = ok && given_ms >= 0 ? given_ms : connect_timeout_ms;
+    if (limit_ms == 0)
+        return;
     QElapsedTimer timer;
-    for (timer.start(); timer.elapsed() < (ok ? limit_ms : connect_timeout_ms);) {
+    for (timer.start(); timer.elapsed() < limit_ms;) {
         const Status status = client.status();
         if (status.state == "COMPLETED"_L1 && status.saved_id == id)
             return;

@@ -463,6 +463,14 @@ TEST(Requests, EndWhenNoProfileIsMade)
     panel.wait_for("wpa_supplicant did not create a network profile.");
 }
 
+TEST(Requests, SaveAtOnceIfThereIsNoTimeToWait)
+{
+    FakeSupplicant supplicant(around(access_point(1, "Cafe")));
+    Panel panel(supplicant.path(), 0);
+    panel.tap("Cafe");
+    panel.wait_until("it is saved", [&] { return supplicant.wait_for_request("SAVE_CONFIG"); });
+}
+
 TEST(Requests, StopWhileTheWindowIsHidden)
 {
     FakeSupplicant supplicant(around(access_point(1, "Cafe")));
