@@ -59,7 +59,7 @@ public:
         : Daemon(Kind::Real, setup)
     {
         // The kernel merges equal events that follow each other: each save has two.
-        inotify_add_watch(watch_, folder().c_str(), IN_CLOSE_WRITE | IN_MOVED_TO);
+        EXPECT_GE(inotify_add_watch(watch_, folder().c_str(), IN_CLOSE_WRITE | IN_MOVED_TO), 0);
     }
     ~Supplicant()
     {

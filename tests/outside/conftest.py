@@ -116,7 +116,7 @@ def start(folder, environment):
 
     yield start
     for process in reversed(processes):
-        with contextlib.suppress(ProcessLookupError):
+        if process.poll() is None:  # or its id may be another's
             os.killpg(process.pid, signal.SIGKILL)  # also what it has started
         process.communicate(timeout=LIMIT)
 

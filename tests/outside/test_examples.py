@@ -249,7 +249,7 @@ def bar(start, folder, environment):
     require_tool("jq", "setpriv")
     os.mkfifo(folder / "events")
     events = os.open(folder / "events", os.O_RDWR)  # so that it opens even where nothing reads
-    put_script(folder / "bin/rtmon", "#!/bin/sh\necho \"$*\" >asked\nexec sleep infinity\n")
+    put_script(folder / "bin/rtmon", "#!/bin/sh\necho \"$*\" >asked\nexec sleep 300\n")
     put_script(folder / "bin/ip", f"#!/bin/sh\nprintf '{EVENT}'\nexec cat events\n")
     put_script(folder / "bin/corvane-wifi", f"#!/bin/sh\n'{PROGRAM}' \"$@\"\necho >>answered\n")
     yield lambda *words: start(*words, stdout=subprocess.PIPE)

@@ -225,7 +225,7 @@ TEST_F(Window, AsksForAPasswordAndKeepsItUntilItIsRight)
     panel.wait_for("Could not connect. Check the password.");
     EXPECT_THAT(daemon.config(), Not(HasSubstr("Modern")));
     EXPECT_EQ(panel.object("password").property("text").toString().toStdString(), "12345678");
-    daemon.wait_for("STATUS", "ssid=Home"); // it went back
+    EXPECT_THAT(daemon.wait_for("STATUS", "ssid=Home"), HasSubstr("ssid=Home")); // it went back
     panel.object("password").setProperty("text", u"modern-password"_s);
     panel.tap("Connect");
     panel.wait_for("Modern, Connected - 10.66.2.48");
@@ -368,6 +368,7 @@ TEST(List, ScrollsUnderAFingerAndStaysWhereItIs)
 
 TEST(List, ScansWhenItIsPulledDown)
 {
+    qputenv("CORVANE_WIFI_SCAN_DELAY_MS", "3000"); // so long is the scan shown
     FakeSupplicant supplicant(around(access_point(1, "Only")));
     Panel panel(supplicant.path());
     panel.wait_for("Only");
@@ -395,7 +396,7 @@ TEST(List, StaysAsItIsWhileAFingerIsDown)
 TEST(List, TakesADoubleTapForOne)
 {
     FakeSupplicant supplicant(around(access_point(1, "Cafe")));
-    Panel panel(supplicant.path(), 1);
+    Panel panel(supplicant.path(), 2000);
     const QPoint place = panel.centre("Cafe");
     panel.tap(place);
     panel.tap(place);

@@ -102,9 +102,11 @@ void call_from_eight_threads(const Client& client, int calls)
             ASSERT_TRUE(client.command(request, 30000).startsWith("wpa_state=" + request + '\n'));
         }
     };
-    std::vector<std::future<void>> threads; // each ends when its future does
+    std::vector<std::future<void>> threads;
     for (int thread = 0; thread < 8; ++thread)
         threads.push_back(std::async(std::launch::async, call, thread));
+    for (std::future<void>& thread : threads)
+        thread.get();
 }
 
 struct Resources {

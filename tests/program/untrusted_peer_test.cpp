@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <iostream>
 
 using cvn::wifi::Client;
 
@@ -78,8 +79,12 @@ int error_of_forgery(const std::string& to, uid_t user)
     if (pid == 0) {
         if (user != geteuid())
             become(user);
-        const int error = Peer().send(to, "wpa_state=FORGED\n");
-        _exit(error);
+        try {
+            _exit(Peer().send(to, "wpa_state=FORGED\n"));
+        } catch (const std::exception& error) {
+            std::cerr << error.what() << '\n';
+            _exit(126);
+        }
     }
     return status_of(pid);
 }

@@ -56,7 +56,7 @@ public:
 
     /// The reply to one request, line end included; empty from a daemon that has ended.
     std::string ask(const std::string& request) const;
-    /// Asks until the reply holds `text` and returns it; after 30 s, whatever came last.
+    /// Asks for 30 s until the reply holds `text`; returns the last reply, with or without it.
     std::string wait_for(const std::string& request, const std::string& text) const;
 
     /// SIGKILL leaves a dead socket behind.

@@ -147,7 +147,10 @@ bool read_some(int descriptor, std::string& text)
 Signals signals_in(pid_t pid, const std::string& field)
 {
     const std::string status = contents("/proc/" + std::to_string(pid) + "/status");
-    const auto bits = std::stoull(status.substr(status.find(field) + field.size()), nullptr, 16);
+    const size_t at = status.find(field);
+    if (at == std::string::npos)
+        throw std::runtime_error("no " + field + " of process " + std::to_string(pid));
+    const auto bits = std::stoull(status.substr(at + field.size()), nullptr, 16);
     Signals result;
     for (int signal = 1; signal < 32; ++signal) // the others are for real time
         if ((bits >> (signal - 1) & 1) != 0)

@@ -100,7 +100,7 @@ public:
     }
     bool has_ended() const;
     Outcome end(); ///< Waits for the end; without the outputs.
-    /// Sends the signal and waits for the end, if it has not ended. Without one, the test fails.
+    /// Sends the signal and waits for the end, if it has not ended. If it goes on, the test fails.
     void end_by(int signal);
 
 private:

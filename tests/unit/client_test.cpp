@@ -228,6 +228,12 @@ TEST_F(Transport, SaysWhyItCannotConnect)
     }
 }
 
+TEST_F(Transport, SaysWhyItCannotSend)
+{
+    EXPECT_EQ(error_of([&] { client.command(QByteArray(1 << 24, 'x'), 3000); }),
+              "Could not send Wi-Fi command: Message too long");
+}
+
 TEST_F(Transport, WaitsForTheGivenTime)
 {
     supplicant.on("PING", {reply("late\n", 1500ms)});
@@ -280,12 +286,12 @@ TEST_F(SocketPath, StaysEmptyWhenTheVariableIs)
 struct Step {
     std::string request;
     std::string reply;
-    std::string refusal = {}; ///< The error after a reply of FAIL; empty if that is no error.
+    std::string refusal = {}; ///< The error after a reply of "FAIL %1"; empty if that is no error.
 };
 
 static Step confirmed(const std::string& request, const std::string& operation)
 {
-    return {request, "OK\n", "Could not " + operation + ": FAIL"};
+    return {request, "OK\n", "Could not " + operation + ": FAIL %1"};
 }
 
 struct Operation {
@@ -354,7 +360,7 @@ protected:
             result.push_back(step.request);
         return result;
     }
-    /// Without a reply to that step, or with FAIL.
+    /// Without a reply to that step, or with "FAIL %1".
     Requests requests_until_failure(size_t index) const
     {
         Requests result = first_requests(index + 1);
@@ -388,7 +394,7 @@ TEST_P(AnyOperation, SendsItsRequestsInOrderUntilOneIsRefused)
         if (steps[i].refusal.empty())
             continue;
         SCOPED_TRACE(steps[i].request);
-        const FakeSupplicant peer(script_with(i, reply("FAIL\n")));
+        const FakeSupplicant peer(script_with(i, reply("FAIL %1\n")));
         EXPECT_EQ(error_with(peer), steps[i].refusal);
         EXPECT_EQ(peer.requests(), requests_until_failure(i));
     }
