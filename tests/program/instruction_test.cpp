@@ -142,9 +142,8 @@ TEST_P(SignalAtAnyInstruction, RestoresTheTerminalAndEndsTheProgram)
         SCOPED_TRACE(++tried);
         const termios now = pick.settings();
         termios expected = before;
-        if (pick.typed
-            && pick.caught
-                != ending_signals) { // whatever has changed the terminal since, it stays so
+        // Once handlers are removed, it stays as whatever has changed the terminal since left it.
+        if (pick.typed && pick.caught != ending_signals) {
             expected.c_cc[VKILL] = '!';
             pick.set(expected);
         }
